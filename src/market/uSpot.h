@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+// The current market price of one metal, as the last reply named it.
+struct TSpotPrice
+{
+    int Metal = -1;
+    double Price = 0.0;   // one troy ounce, in the currency of the request
+    QString Currency;     // the Currency setting when the reply was parsed
+    QString DateC;        // the server's time stamp, kept as received
+    double ChangeAbs = 0; // only its sign is used
+    QString ChangePerc;
+};
+
+// The application-wide list of spot prices. Main thread only.
+class TSpotPrices
+{
+public:
+    using TLoadedEvent = std::function<void(TSpotPrices*)>;
+
+    TSpotPrices() = default;
+    TSpotPrices(const TSpotPrices&) = delete;
+    TSpotPrices& operator=(const TSpotPrices&) = delete;
+
+    int Count() const { return static_cast<int>(m_items.size()); }
+    const TSpotPrice& Item(int index) const { return *m_items.at(index); }
+    void Add(const TSpotPrice& price);
+    void Clear();
+
+    // First entry whose Metal equals metal, or nullptr.
+    const TSpotPrice* FindSpot(int metal) const;
+    // Price of FindSpot(metal), 0.0 when none is held.
+    double SpotPriceOf(int metal) const;
+
+    TLoadedEvent OnLoaded;
+    bool Busy = false;
+
+private:
+    std::vector<std::unique_ptr<TSpotPrice>> m_items;
+};
+
+// "XAU" -> 0 ... "XCU" -> 5, case-sensitive; anything else -1.
+int MetalCodeToIndex(const QString& code);
+// The spot symbol of a metal index, empty when out of range.
+QString MetalIndexToCode(int metal);
+
+// The single instance.
+TSpotPrices& SpotPrices();
