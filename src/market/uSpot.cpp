@@ -1,6 +1,13 @@
 #include "uSpot.h"
 
+#include <QLocale>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <array>
+#include <stdexcept>
 
 using namespace Qt::StringLiterals;
 
@@ -16,6 +23,63 @@ void TSpotPrices::Add(const TSpotPrice& price)
 void TSpotPrices::Clear()
 {
     m_items.clear();
+}
+
+namespace {
+double jsonFloat(const QJsonValue& value)
+{
+    if (value.isString()) {
+        bool ok = false;
+        const double number = QLocale::c().toDouble(value.toString().trimmed(), &ok);
+        return ok ? number : 0.0;
+    }
+    return value.toDouble();
+}
+
+QString jsonText(const QJsonValue& value)
+{
+    if (value.isDouble())
+        return QString::number(value.toDouble(), 'g', 17);
+    if (value.isBool())
+        return value.toBool() ? u"true"_s : u"false"_s;
+    return value.toString();
+}
+
+// Parses any JSON value as root, scalars included.
+QJsonValue parseRoot(const QString& text)
+{
+    const QByteArray source = '[' + (text.trimmed().isEmpty() ? QByteArray("{}") : text.toUtf8()) + ']';
+    QJsonParseError error{};
+    const QJsonDocument doc = QJsonDocument::fromJson(source, &error);
+    if (error.error != QJsonParseError::NoError || doc.array().size() != 1)
+        throw std::runtime_error("Invalid JSON reply: " + error.errorString().toStdString());
+    return doc.array().first();
+}
+} // namespace
+
+void TSpotPrices::LoadFromText(const QString& text, const QString& currency)
+{
+    Clear();
+    const QJsonValue root = parseRoot(text);
+    if (root.isArray()) {
+        const QJsonArray elements = root.toArray();
+        for (const QJsonValue& element : elements) {
+            const QJsonObject object = element.toObject();
+            const int metal = MetalCodeToIndex(object.value(u"BaseCurrency").toString());
+            if (metal < 0)
+                continue;
+            TSpotPrice price;
+            price.Metal = metal;
+            price.Currency = currency;
+            price.Price = jsonFloat(object.value(u"Price"));
+            price.DateC = jsonText(object.value(u"DateC"));
+            price.ChangeAbs = jsonFloat(object.value(u"ChangeAbs"));
+            price.ChangePerc = jsonText(object.value(u"ChangePerc"));
+            Add(price);
+        }
+    }
+    if (OnLoaded)
+        OnLoaded(this);
 }
 
 const TSpotPrice* TSpotPrices::FindSpot(int metal) const

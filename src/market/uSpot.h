@@ -32,6 +32,12 @@ public:
     void Add(const TSpotPrice& price);
     void Clear();
 
+    // Receives a deciphered reply: clears the list first, then appends one entry per
+    // element of a JSON array whose code is known, then calls OnLoaded. A root that is
+    // not an array leaves the list empty. Text that is not JSON raises, after the
+    // list has been cleared, and OnLoaded is not called.
+    void LoadFromText(const QString& text, const QString& currency);
+
     // First entry whose Metal equals metal, or nullptr.
     const TSpotPrice* FindSpot(int metal) const;
     // Price of FindSpot(metal), 0.0 when none is held.

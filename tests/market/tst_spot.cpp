@@ -52,6 +52,77 @@ private slots:
         list.Clear();
         QCOMPARE(list.SpotPriceOf(0), 0.0);
     }
+
+    void reply_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("raises");
+        QTest::addColumn<bool>("loaded");
+        QTest::addColumn<QList<int>>("metals");
+        QTest::addColumn<QList<double>>("prices");
+        const QString gold = R"({"BaseCurrency":"XAU","Price":2000.5,"DateC":"2026-11-20 10:00","ChangeAbs":-3.5,"ChangePerc":"-0.17"})";
+        const QString silver = R"({"Price":"24.25","BaseCurrency":"XAG","DateC":"d","ChangeAbs":0,"ChangePerc":"0"})";
+        QTest::newRow("gold and silver") << "[" + gold + "," + silver + "]" << false << true << QList<int>{0, 1}
+                                         << QList<double>{2000.5, 24.25};
+        QTest::newRow("gold twice") << "[" + gold + "," + gold + "]" << false << true << QList<int>{0, 0}
+                                    << QList<double>{2000.5, 2000.5};
+        QTest::newRow("lower-case code skipped")
+            << R"([{"BaseCurrency":"xau","Price":1}, {"BaseCurrency":"XPT","Price":950}])" << false << true
+            << QList<int>{2} << QList<double>{950};
+        QTest::newRow("unknown code skipped") << R"([{"BaseCurrency":"EUR","Price":1}])" << false << true
+                                              << QList<int>{} << QList<double>{};
+        QTest::newRow("root object") << R"({"BaseCurrency":"XAU","Price":1})" << false << true << QList<int>{}
+                                     << QList<double>{};
+        QTest::newRow("root scalar") << "42" << false << true << QList<int>{} << QList<double>{};
+        QTest::newRow("empty text") << "" << false << true << QList<int>{} << QList<double>{};
+        QTest::newRow("empty array") << "[]" << false << true << QList<int>{} << QList<double>{};
+        QTest::newRow("not JSON") << "<html>oops</html>" << true << false << QList<int>{} << QList<double>{};
+        QTest::newRow("truncated") << "[" + gold << true << false << QList<int>{} << QList<double>{};
+        QTest::newRow("two roots") << "[],[]" << true << false << QList<int>{} << QList<double>{};
+    }
+    void reply()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, raises);
+        QFETCH(bool, loaded);
+        QFETCH(QList<int>, metals);
+        QFETCH(QList<double>, prices);
+
+        TSpotPrices list;
+        list.Add({3, 1000, "USD", "", 1, ""}); // an earlier reply: always cleared first
+        int loadedCalls = 0;
+        list.OnLoaded = [&](TSpotPrices* sender) {
+            QCOMPARE(sender, &list);
+            ++loadedCalls;
+        };
+        bool raised = false;
+        try {
+            list.LoadFromText(text, "EUR");
+        } catch (const std::exception&) {
+            raised = true;
+        }
+        QCOMPARE(raised, raises);
+        QCOMPARE(loadedCalls, loaded ? 1 : 0);
+        QCOMPARE(list.Count(), metals.size());
+        for (int i = 0; i < list.Count(); ++i) {
+            QCOMPARE(list.Item(i).Metal, metals.at(i));
+            QCOMPARE(list.Item(i).Price, prices.at(i));
+            QCOMPARE(list.Item(i).Currency, QString("EUR"));
+        }
+        QCOMPARE(list.SpotPriceOf(3), 0.0);
+    }
+
+    void replyFieldsKeptAsText()
+    {
+        TSpotPrices list;
+        list.LoadFromText(
+            R"([{"BaseCurrency":"XAU","Price":2000.5,"DateC":"2026-11-20 10:00","ChangeAbs":-3.5,"ChangePerc":"-0.17","Extra":1}])",
+            "USD");
+        QCOMPARE(list.Count(), 1);
+        QCOMPARE(list.Item(0).DateC, QString("2026-11-20 10:00"));
+        QCOMPARE(list.Item(0).ChangeAbs, -3.5);
+        QCOMPARE(list.Item(0).ChangePerc, QString("-0.17"));
+    }
 };
 
 QTEST_APPLESS_MAIN(TestSpot)
