@@ -54,6 +54,7 @@ private slots:
     void width();
     void thumbnail_data();
     void thumbnail();
+    void uprightByOrientation();
     void thumbnailOfVariant();
     void nullGivesNull();
     void unreadableRaises_data();
@@ -124,6 +125,22 @@ void TestThumbnail::thumbnail()
     QVERIFY(std::abs(qGray(a.pixel(mid)) - qGray(b.pixel(mid))) < 40);
     const QPoint corner(2, 2);
     QVERIFY(std::abs(qGray(a.pixel(corner)) - qGray(b.pixel(corner))) < 40);
+}
+
+// A camera stores the pixels as the sensor saw them and the orientation in the EXIF block: a
+// 400x100 picture marked "rotate 90" is shown as 100x400, and so is its thumbnail.
+void TestThumbnail::uprightByOrientation()
+{
+    QByteArray jpeg = makePicture(400, 100, "jpeg");
+    const QByteArray exif = QByteArray::fromHex("FFE10022") + QByteArray("Exif\0\0", 6) +
+                            QByteArray::fromHex("4D4D002A00000008"
+                                                "0001"
+                                                "011200030000000100060000"
+                                                "00000000");
+    jpeg.insert(2, exif); // right after the start-of-image marker
+    const QByteArray thumb = MakeThumbnail(jpeg);
+    QCOMPARE(formatOf(thumb), QByteArray("jpeg"));
+    QCOMPARE(sizeOf(thumb), QSize(50, 200));
 }
 
 void TestThumbnail::thumbnailOfVariant()
