@@ -26,6 +26,14 @@ TZTLogSink* SetLogSink(TZTLogSink* sink)
     return previous;
 }
 
+void RemoveLogSink(TZTLogSink* sink)
+{
+    QMutexLocker locker(&g_sinkMutex);
+    if (g_sink == sink) {
+        g_sink = nullptr;
+    }
+}
+
 QString FormatLogLine(const QString& text)
 {
     const QString stamp = QLocale::system().toString(QDateTime::currentDateTime(), QLocale::ShortFormat);

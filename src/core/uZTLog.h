@@ -24,6 +24,8 @@ public:
 // Installs the sink (not owned); nullptr removes it. Returns the one it replaces. A sink that
 // removes itself in its destructor is never called afterwards.
 TZTLogSink* SetLogSink(TZTLogSink* sink);
+// Removes the sink if it is the installed one; after the return it is no longer called.
+void RemoveLogSink(TZTLogSink* sink);
 
 // "[<date and time in the system's short format>] <text>"
 QString FormatLogLine(const QString& text);
