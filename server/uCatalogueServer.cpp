@@ -48,17 +48,19 @@ TCatalogueServer::TCatalogueServer(const TCatalogueServerOptions& options, QObje
     m_spotPrices = std::make_unique<TServerSpotPrices>(data.filePath(u"spot_prices.json"_s));
 
     using Method = QHttpServerRequest::Method;
-    m_server.route(u"/orv/spot.php"_s, Method::Get,
-                   [this](const QHttpServerRequest& request) { return Spot(request); });
-    m_server.route(u"/orv/search.php"_s, Method::Get,
-                   [this](const QHttpServerRequest& request) { return Search(request); });
+    m_server.route(u"/orv/spot.php"_s, Method::Get, [this](const QHttpServerRequest& request) {
+        return Guarded(request, [&] { return Spot(request); });
+    });
+    m_server.route(u"/orv/search.php"_s, Method::Get, [this](const QHttpServerRequest& request) {
+        return Guarded(request, [&] { return Search(request); });
+    });
     m_server.route(u"/orv/Images_Thumbs/<arg>"_s, Method::Get,
                    [this](const QString& name, const QHttpServerRequest& request) {
-                       return Picture(ThumbsFolder, name, request);
+                       return Guarded(request, [&] { return Picture(ThumbsFolder, name, request); });
                    });
     m_server.route(u"/orv/Images_Large/<arg>"_s, Method::Get,
                    [this](const QString& name, const QHttpServerRequest& request) {
-                       return Picture(LargeFolder, name, request);
+                       return Guarded(request, [&] { return Picture(LargeFolder, name, request); });
                    });
     m_server.setMissingHandler([](const QHttpServerRequest& request, QHttpServerResponder&& responder) {
         static const QByteArray body("Not found\n");
@@ -69,6 +71,20 @@ TCatalogueServer::TCatalogueServer(const TCatalogueServerOptions& options, QObje
 
 TCatalogueServer::~TCatalogueServer() = default;
 
+// The one place where a failure while answering ends: the client gets a 500, the server goes on.
+QHttpServerResponse TCatalogueServer::Guarded(const QHttpServerRequest& request,
+                                              const std::function<QHttpServerResponse()>& handler)
+{
+    try {
+        return handler();
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "Request failed: %s\n", e.what());
+        const QByteArray body("Server failure\n");
+        Log(request, 500, body.size());
+        return QHttpServerResponse("text/plain", body, QHttpServerResponse::StatusCode::InternalServerError);
+    }
+}
+
 void TCatalogueServer::SetUpTls()
 {
     TCertificatePem pem;
@@ -76,9 +92,7 @@ void TCatalogueServer::SetUpTls()
         const QDir tls(QDir(m_options.DataDir).filePath(u"tls"_s));
         pem = LoadOrMakeCertificate(tls.filePath(u"server.crt"_s), tls.filePath(u"server.key"_s));
     } else {
-        pem = LoadOrMakeCertificate(m_options.CertificateFile, m_options.KeyFile.isEmpty()
-                                                                   ? m_options.CertificateFile
-                                                                   : m_options.KeyFile);
+        pem = LoadCertificate(m_options.CertificateFile, m_options.KeyFile);
     }
     const QSslCertificate certificate(pem.Certificate, QSsl::Pem);
     if (certificate.isNull())
@@ -158,11 +172,6 @@ QHttpServerResponse TCatalogueServer::Search(const QHttpServerRequest& request)
     } catch (const ECatalogueQueryError& e) {
         // A query the server cannot read finds nothing.
         std::fprintf(stderr, "Malformed query: %s\n", e.what());
-    } catch (const ECatalogueDatabaseError& e) {
-        std::fprintf(stderr, "Catalogue failure: %s\n", e.what());
-        const QByteArray body("Catalogue failure\n");
-        Log(request, 500, body.size());
-        return QHttpServerResponse("text/plain", body, QHttpServerResponse::StatusCode::InternalServerError);
     }
     QHttpServerResponse response = Enciphered(results);
     Log(request, 200, response.data().size());

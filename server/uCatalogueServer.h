@@ -10,6 +10,7 @@
 #include <QHttpServer>
 #include <QObject>
 
+#include <functional>
 #include <memory>
 
 struct TCatalogueServerOptions
@@ -44,6 +45,8 @@ private:
     QHttpServerResponse Enciphered(const QJsonArray& reply) const;
     QHttpServerResponse NotFound() const;
     void SetUpTls();
+    static QHttpServerResponse Guarded(const QHttpServerRequest& request,
+                                       const std::function<QHttpServerResponse()>& handler);
     static void Log(const QHttpServerRequest& request, int status, qint64 bytes);
 
     TCatalogueServerOptions m_options;

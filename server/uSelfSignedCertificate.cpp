@@ -139,16 +139,8 @@ TCertificatePem MakeSelfSignedCertificate(const QString& commonName)
     return pem;
 }
 
-TCertificatePem LoadOrMakeCertificate(const QString& certificatePath, const QString& keyPath)
+TCertificatePem LoadCertificate(const QString& certificatePath, const QString& keyPath)
 {
-    if (!QFileInfo::exists(certificatePath)) {
-        const TCertificatePem pem = MakeSelfSignedCertificate(u"localhost"_s);
-        QDir().mkpath(QFileInfo(certificatePath).absolutePath());
-        QDir().mkpath(QFileInfo(keyPath).absolutePath());
-        Save(keyPath, pem.PrivateKey, true);
-        Save(certificatePath, pem.Certificate, false);
-        return pem;
-    }
     TCertificatePem pem;
     QFile cert(certificatePath);
     QFile key(keyPath);
@@ -158,5 +150,17 @@ TCertificatePem LoadOrMakeCertificate(const QString& certificatePath, const QStr
         throw ECertificateError(u"Cannot read %1: %2"_s.arg(keyPath, key.errorString()));
     pem.Certificate = cert.readAll();
     pem.PrivateKey = key.readAll();
+    return pem;
+}
+
+TCertificatePem LoadOrMakeCertificate(const QString& certificatePath, const QString& keyPath)
+{
+    if (QFileInfo::exists(certificatePath))
+        return LoadCertificate(certificatePath, keyPath);
+    const TCertificatePem pem = MakeSelfSignedCertificate(u"localhost"_s);
+    QDir().mkpath(QFileInfo(certificatePath).absolutePath());
+    QDir().mkpath(QFileInfo(keyPath).absolutePath());
+    Save(keyPath, pem.PrivateKey, true);
+    Save(certificatePath, pem.Certificate, false);
     return pem;
 }

@@ -22,6 +22,9 @@ struct TCertificatePem
 // A P-256 key and a certificate for "localhost" and 127.0.0.1, valid for ten years.
 TCertificatePem MakeSelfSignedCertificate(const QString& commonName);
 
+// Reads the pair from the two files. Raises ECertificateError.
+TCertificatePem LoadCertificate(const QString& certificatePath, const QString& keyPath);
+
 // Reads the pair from the two files, or makes one and saves it there when the certificate file
 // does not exist yet. Raises ECertificateError.
 TCertificatePem LoadOrMakeCertificate(const QString& certificatePath, const QString& keyPath);

@@ -183,6 +183,9 @@ private slots:
     void accessLogNamesEachRequest();
     void httpsWithSelfSignedCertificate();
     void httpsWithGivenCertificate();
+    void brokenCatalogueGivesServerError();
+    void badStartsFail_data();
+    void badStartsFail();
 
 private:
     QJsonArray Search(const QString& query);
@@ -722,6 +725,60 @@ void TestCatalogueServer::httpsWithGivenCertificate()
     QFile file(cert);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(QSslCertificate(reply.PeerCertificatePem), QSslCertificate(file.readAll()));
+}
+
+void TestCatalogueServer::brokenCatalogueGivesServerError()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    QVERIFY(QFile::copy(BuiltDataDir() + "/catalogue.db", dir.filePath("catalogue.db")));
+    QVERIFY(QFile::link(BuiltDataDir() + "/spot_prices.json", dir.filePath("spot_prices.json")));
+    TServerProcess server;
+    QVERIFY2(server.Start({"--http", "--data", dir.path()}), qPrintable(server.Failure()));
+    QNetworkAccessManager manager;
+    const QString search = server.BaseUrl() + "/orv/search.php?action=search-coins&keywords=maple";
+    QCOMPARE(HttpGet(manager, QUrl(search)).Status, 200);
+
+    // The file is damaged under the running server: the search fails with 500, the server lives on.
+    QFile file(dir.filePath("catalogue.db"));
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    file.seek(0);
+    file.write(QByteArray(4096, '\x5a'));
+    file.close();
+    QCOMPARE(HttpGet(manager, QUrl(search)).Status, 500);
+    const TReply spot = HttpGet(manager, QUrl(server.BaseUrl() + "/orv/spot.php?currency=USD"));
+    QCOMPARE(spot.Status, 200);
+    QCOMPARE(DecipherArray(spot.Body).size(), 6);
+}
+
+void TestCatalogueServer::badStartsFail_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("no data folder") << QStringList{"--http", "--data", "/nonexistent/orvane"} << "catalogue";
+    QTest::newRow("port out of range") << QStringList{"--http", "--port", "70000"} << "--port";
+    QTest::newRow("port taken") << QStringList{"--http", "--port", "PORT"} << "Cannot listen";
+    QTest::newRow("not a certificate")
+        << QStringList{"--cert", ServerExecutable(), "--key", ServerExecutable()}
+        << "certificate cannot be read";
+    QTest::newRow("cert without key") << QStringList{"--cert", "/tmp/x.crt"} << "--key";
+    QTest::newRow("missing certificate file")
+        << QStringList{"--cert", "/nonexistent/a.crt", "--key", "/nonexistent/a.key"} << "Cannot read";
+}
+
+void TestCatalogueServer::badStartsFail()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
+    arguments.replaceInStrings("PORT", QString::number(m_server.Port()));
+    QProcess process;
+    // A later --port wins over the helper's default.
+    process.start(ServerExecutable(), QStringList{"--port", "0"} + arguments);
+    QVERIFY(process.waitForFinished(30000));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 1);
+    const QByteArray error = process.readAllStandardError();
+    QVERIFY2(error.contains(message.toUtf8()), error.constData());
 }
 
 QTEST_MAIN(TestCatalogueServer)
