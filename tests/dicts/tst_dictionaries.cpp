@@ -137,90 +137,56 @@ private slots:
     void table_data()
     {
         QTest::addColumn<int>("row");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("combo");
-        QTest::addColumn<QString>("action");
-        QTest::addColumn<QString>("dialogName");
-        QTest::addColumn<QString>("itemField");
-        QTest::newRow("Purities") << 0 << "Dict.Purities"
-                                  << "cbPurity"
-                                  << "actEditPurity"
-                                  << "Purities"
-                                  << "Purity";
-        QTest::newRow("Edges") << 1 << "Dict.Edges"
-                               << "cbEdge"
-                               << "actEditEdge"
-                               << "Edges"
-                               << "Edge";
-        QTest::newRow("Conditions") << 2 << "Dict.Conditions"
-                                    << "cbCondition"
-                                    << "actEditCondition"
-                                    << "Conditions"
-                                    << "Condition";
-        QTest::newRow("Statuses") << 3 << "Dict.Statuses"
-                                  << "cbStatus"
-                                  << "actEditStatus"
-                                  << "Statuses"
-                                  << "Status";
-        QTest::newRow("Packagings") << 4 << "Dict.Packagings"
-                                    << "cbPackaging"
-                                    << "actEditPackaging"
-                                    << "Packaging"
-                                    << "Packaging";
-        QTest::newRow("Locations") << 5 << "Dict.Locations"
-                                   << "cbLocation"
-                                   << "actEditLocation"
-                                   << "Locations"
-                                   << "Location";
-        QTest::newRow("Owners") << 6 << "Dict.Owners"
-                                << "cbOwner"
-                                << "actEditOwner"
-                                << "Owners"
-                                << "Owner";
-        QTest::newRow("Stores") << 7 << "Dict.Stores"
-                                << "cbStore"
-                                << "actEditStore"
-                                << "Stores"
-                                << "Store";
-        QTest::newRow("Grades") << 8 << "Dict.Grades"
-                                << "cbGrade"
-                                << "actEditGrade"
-                                << "Grades"
-                                << "Grade";
-        QTest::newRow("GradeServices") << 9 << "Dict.GradeServices"
-                                       << "cbGradeService"
-                                       << "actEditGradeService"
-                                       << "Grade services"
-                                       << "GradeService";
+        // Settings key, combo editor, edit action, name in the dialog, item field.
+        QTest::addColumn<QStringList>("names");
+        const QList<QStringList> rows = {
+            {"Dict.Purities", "cbPurity", "actEditPurity", "Purities", "Purity"},
+            {"Dict.Edges", "cbEdge", "actEditEdge", "Edges", "Edge"},
+            {"Dict.Conditions", "cbCondition", "actEditCondition", "Conditions", "Condition"},
+            {"Dict.Statuses", "cbStatus", "actEditStatus", "Statuses", "Status"},
+            {"Dict.Packagings", "cbPackaging", "actEditPackaging", "Packaging", "Packaging"},
+            {"Dict.Locations", "cbLocation", "actEditLocation", "Locations", "Location"},
+            {"Dict.Owners", "cbOwner", "actEditOwner", "Owners", "Owner"},
+            {"Dict.Stores", "cbStore", "actEditStore", "Stores", "Store"},
+            {"Dict.Grades", "cbGrade", "actEditGrade", "Grades", "Grade"},
+            {"Dict.GradeServices", "cbGradeService", "actEditGradeService", "Grade services", "GradeService"},
+        };
+        for (int row = 0; row < rows.size(); ++row) {
+            QTest::newRow(qPrintable(rows[row][0])) << row << rows[row];
+        }
     }
 
     void table()
     {
         QFETCH(int, row);
-        QFETCH(QString, key);
-        QFETCH(QString, combo);
-        QFETCH(QString, action);
-        QFETCH(QString, dialogName);
-        QFETCH(QString, itemField);
+        QFETCH(QStringList, names);
         const TDictInfo& info = DictTable()[static_cast<std::size_t>(row)];
-        QCOMPARE(info.settingsKey(), key);
-        QCOMPARE(info.comboEditor(), combo);
-        QCOMPARE(info.editAction(), action);
-        QCOMPARE(info.dialogName(), dialogName);
-        QCOMPARE(info.itemField(), itemField);
-        QCOMPARE(FindDict(combo), &info);
-        QCOMPARE(FindDict(action), &info);
-        QCOMPARE(FindDict(key), &info);
-        QCOMPARE(FindDict(itemField), &info);
-        // The field pointer reaches the list of its own settings key.
+        QCOMPARE(QStringList({info.settingsKey(), info.comboEditor(), info.editAction(), info.dialogName(),
+                              info.itemField()}),
+                 names);
+        for (const QString& name : {names[0], names[1], names[2], names[4]}) {
+            QCOMPARE(FindDict(name), &info);
+        }
+        // The field pointer reaches the list of its own settings key, and no other.
         TORVDicts dicts;
-        DictOf(dicts, info).Value = key;
-        QCOMPARE(DictOf(dicts, info).Value, key);
+        DictOf(dicts, info).Value = names[0];
         int hits = 0;
         for (const TDictInfo& other : DictTable()) {
-            hits += DictOf(dicts, other).Value == key ? 1 : 0;
+            hits += DictOf(dicts, other).Value == names[0] ? 1 : 0;
         }
         QCOMPARE(hits, 1);
+    }
+
+    // Each row's field is saved under the row's settings key.
+    void fieldsMatchSettingsKeys()
+    {
+        for (const TDictInfo& info : DictTable()) {
+            DictOf(ORVDicts, info).Value = info.settingsKey() + QStringLiteral("\r\n");
+        }
+        SaveSettings();
+        for (const TDictInfo& info : DictTable()) {
+            QCOMPARE(StoredDict(info.settingsKey()), info.settingsKey() + QStringLiteral("\r\n"));
+        }
     }
 
     void findDictUnknown()
@@ -279,8 +245,6 @@ private slots:
         QCOMPARE(dict.Default, entries.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
         QCOMPARE(dict.Value, dict.Default);
     }
-
-    void gradesListIsTwentyThreeEntries() { QCOMPARE(Grades().size(), 23); }
 
     void dictLines_data()
     {

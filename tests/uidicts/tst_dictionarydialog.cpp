@@ -114,18 +114,6 @@ private slots:
         SetSettingsStore(nullptr);
     }
 
-    void texts()
-    {
-        TEditSimpleDictionaryForm form;
-        form.SetFieldName(QStringLiteral("Grade services"));
-        form.show();
-        QCOMPARE(form.windowTitle(), QStringLiteral("Edit dictionary"));
-        QCOMPARE(form.btnResetToDefault()->text(), QStringLiteral("Reset to defaults"));
-        QVERIFY(form.liDesc()->text().startsWith(QStringLiteral("In this dialog you can change")));
-        QCOMPARE(form.liField()->text(), QStringLiteral("Grade services"));
-        QCOMPARE(form.Memo()->objectName(), QStringLiteral("Memo"));
-    }
-
     // btnOK drops blank lines and keeps the rest exactly; the memo shows what is kept.
     void okDropsBlankLines()
     {
