@@ -1,0 +1,244 @@
+#include "uDownloader_SBB.h"
+
+#include <QBuffer>
+#include <QEventLoop>
+#include <QFile>
+#include <QHttpMultiPart>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QScopeGuard>
+#include <QSslConfiguration>
+#include <QSslError>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto cDefaultPostContentType = "application/x-www-form-urlencoded"_ba;
+
+// Errors after which the reply still carries a final HTTP status that is the transfer's result.
+bool IsHttpOutcome(QNetworkReply::NetworkError error)
+{
+    switch (error) {
+    case QNetworkReply::NoError:
+    case QNetworkReply::TooManyRedirectsError:
+    case QNetworkReply::InsecureRedirectError:
+    case QNetworkReply::ProxyAuthenticationRequiredError:
+        return true;
+    default:
+        // Content (201-299) and server (401-499) errors are answers of the server.
+        return (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
+               (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
+    }
+}
+
+} // namespace
+
+TElCookieManagerWrapper::TElCookieManagerWrapper(QObject* parent) : QNetworkCookieJar(parent) {}
+
+TSBB_Downloader::TSBB_Downloader(QNetworkCookieJar* cookieStore, const TProxySettings& proxy)
+    : m_proxySettings(proxy), m_cookieStore(cookieStore)
+{}
+
+TSBB_Downloader::~TSBB_Downloader()
+{
+    Abort();
+}
+
+QString TSBB_Downloader::UserAgent()
+{
+    const QString version = u"%1.%2.%3.%4"_s.arg(ORV_VERSION_MAJOR)
+                                .arg(ORV_VERSION_MINOR)
+                                .arg(ORV_VERSION_PATCH)
+                                .arg(ORV_VERSION_TWEAK);
+    return u"Orvane [SBB]v"_s + version + u" x64"_s;
+}
+
+QNetworkProxy TSBB_Downloader::MakeProxy(const TProxySettings& settings)
+{
+    if (!settings.UsesProxy())
+        return QNetworkProxy(QNetworkProxy::NoProxy);
+    QNetworkProxy proxy(QNetworkProxy::HttpProxy, settings.Host);
+    proxy.setPort(settings.Port >= 1 && settings.Port <= 65535 ? static_cast<quint16>(settings.Port)
+                                                               : cDefaultProxyPort);
+    if (!settings.Username.isEmpty()) {
+        proxy.setUser(settings.Username);
+        proxy.setPassword(settings.Password);
+    }
+    return proxy;
+}
+
+void TSBB_Downloader::Abort()
+{
+    QMutexLocker lock(&m_abortLock);
+    m_abortRequested = true;
+    if (m_activeReply)
+        QMetaObject::invokeMethod(m_activeReply, &QNetworkReply::abort, Qt::QueuedConnection);
+}
+
+QNetworkRequest TSBB_Downloader::MakeRequest() const
+{
+    QNetworkRequest request{QUrl(m_url)};
+    QSslConfiguration ssl = QSslConfiguration::defaultConfiguration();
+    ssl.setPeerVerifyMode(QSslSocket::VerifyNone);
+    request.setSslConfiguration(ssl);
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::UserVerifiedRedirectPolicy);
+    request.setMaximumRedirectsAllowed(cMaxRedirects);
+    request.setTransferTimeout(m_transferTimeout);
+    request.setHeader(QNetworkRequest::UserAgentHeader, UserAgent());
+    return request;
+}
+
+TSBB_Downloader::TResult TSBB_Downloader::Perform(QIODevice& sink, const TSend& send)
+{
+    m_busy = true;
+    // Busy, the running reply and a pending abort end with the transfer, on every path.
+    auto idle = qScopeGuard([this] {
+        QMutexLocker lock(&m_abortLock);
+        m_activeReply = nullptr;
+        m_abortRequested = false;
+        m_busy = false;
+    });
+
+    QNetworkAccessManager manager;
+    manager.setAutoDeleteReplies(false);
+    manager.setProxy(MakeProxy(m_proxySettings));
+    if (m_cookieStore)
+        manager.setCookieJar(m_cookieStore);
+    // The store belongs to the downloader's owner, not to this transfer's manager.
+    auto keepStore = qScopeGuard([this, &manager] {
+        if (m_cookieStore && m_cookieStore->parent() == &manager)
+            m_cookieStore->setParent(nullptr);
+    });
+
+    QNetworkRequest request = MakeRequest();
+    QNetworkReply* sent = nullptr;
+    if (send) {
+        sent = send(manager, request);
+    } else if (!PostData.isEmpty()) {
+        request.setHeader(QNetworkRequest::ContentTypeHeader,
+                          ContentType.isEmpty() ? cDefaultPostContentType : ContentType.toUtf8());
+        sent = manager.post(request, PostData.toUtf8());
+    } else {
+        sent = manager.get(request);
+    }
+    const std::unique_ptr<QNetworkReply> reply(sent);
+    // The reply must be out of Abort's reach before it is freed.
+    auto unpublish = qScopeGuard([this] {
+        QMutexLocker lock(&m_abortLock);
+        m_activeReply = nullptr;
+    });
+
+    qint64 size = 0;
+    bool writeFailed = false;
+    QNetworkReply* r = reply.get();
+    QObject::connect(r, &QNetworkReply::sslErrors, r, [r](const QList<QSslError>&) { r->ignoreSslErrors(); });
+    QObject::connect(r, &QNetworkReply::redirected, r, [r](const QUrl&) { emit r->redirectAllowed(); });
+    auto drain = [r, &sink, &size, &writeFailed] {
+        const QByteArray chunk = r->readAll();
+        if (chunk.isEmpty() || writeFailed)
+            return;
+        if (sink.write(chunk) != chunk.size()) {
+            writeFailed = true;
+            r->abort();
+            return;
+        }
+        size += chunk.size();
+    };
+    QObject::connect(r, &QNetworkReply::readyRead, r, drain);
+
+    QEventLoop loop;
+    QObject::connect(r, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    bool abortNow = false;
+    {
+        QMutexLocker lock(&m_abortLock);
+        abortNow = m_abortRequested;
+        m_activeReply = r;
+    }
+    if (abortNow)
+        r->abort();
+    if (!r->isFinished())
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    drain();
+
+    if (writeFailed)
+        throw EDownloadError(sink.errorString(), QNetworkReply::UnknownContentError);
+    {
+        QMutexLocker lock(&m_abortLock);
+        if (m_abortRequested && r->error() == QNetworkReply::OperationCanceledError)
+            return {};
+    }
+    const QVariant status = r->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    if (!status.isValid() || !IsHttpOutcome(r->error()))
+        throw EDownloadError(r->errorString(), r->error());
+    return {status.toInt(), r->header(QNetworkRequest::ContentTypeHeader).toString(), size};
+}
+
+bool TSBB_Downloader::Report(const TResult& result, QIODevice* stream, const QString& errorText)
+{
+    if (result.Status == 200) {
+        if (m_onDone)
+            m_onDone(this, result.ContentType, static_cast<qint32>(result.Size), stream);
+        return true;
+    }
+    if (result.Status != 0 && OnError)
+        OnError(this, cDownloadErrorKind, result.Status, errorText);
+    return false;
+}
+
+bool TSBB_Downloader::DownloadToFile(bool)
+{
+    QFile file(m_fileName);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        throw EDownloadError(file.errorString(), QNetworkReply::UnknownContentError);
+    const TResult result = Perform(file);
+    file.flush();
+    return Report(result, &file, {});
+}
+
+bool TSBB_Downloader::DownloadToStrings(QStringList& list, qint32 codePage)
+{
+    list.clear();
+    QBuffer buffer;
+    buffer.open(QIODevice::ReadWrite);
+    const TResult result = Perform(buffer);
+    buffer.seek(0);
+    const QString text = DecodeCodePage(buffer.data(), codePage);
+    list = TextToLines(text);
+    return Report(result, &buffer, text);
+}
+
+bool TSBB_Downloader::DownloadToStream(QIODevice* stream)
+{
+    Q_ASSERT(stream);
+    return Report(Perform(*stream), stream, {});
+}
+
+bool TSBB_Downloader::PostForm(const QString& name, const QString& fileName, const QByteArray& fileData,
+                               QStringList& list)
+{
+    list.clear();
+    QHttpMultiPart form(QHttpMultiPart::FormDataType);
+    QHttpPart part;
+    QString quotedName = name;
+    QString quotedFile = fileName;
+    quotedName.replace(u'"', u"%22"_s);
+    quotedFile.replace(u'"', u"%22"_s);
+    part.setHeader(QNetworkRequest::ContentDispositionHeader,
+                   QString(u"form-data; name=\""_s + quotedName + u"\"; filename=\""_s + quotedFile + u'"'));
+    part.setHeader(QNetworkRequest::ContentTypeHeader, "application/octet-stream"_ba);
+    part.setBody(fileData);
+    form.append(part);
+
+    QBuffer buffer;
+    buffer.open(QIODevice::ReadWrite);
+    const TResult result = Perform(buffer, [&form](QNetworkAccessManager& manager, QNetworkRequest& request) {
+        return manager.post(request, &form);
+    });
+    const QString text = QString::fromUtf8(buffer.data());
+    list = TextToLines(text);
+    return Report(result, &buffer, text);
+}
