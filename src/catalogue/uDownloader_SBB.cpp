@@ -33,6 +33,13 @@ bool IsHttpOutcome(QNetworkReply::NetworkError error)
     }
 }
 
+bool IsRedirect(const QNetworkReply* reply)
+{
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    return (status == 301 || status == 302 || status == 303 || status == 307 || status == 308) &&
+           reply->attribute(QNetworkRequest::RedirectionTargetAttribute).isValid();
+}
+
 } // namespace
 
 TElCookieManagerWrapper::TElCookieManagerWrapper(QObject* parent) : QNetworkCookieJar(parent) {}
@@ -77,28 +84,70 @@ void TSBB_Downloader::Abort()
         QMetaObject::invokeMethod(m_activeReply, &QNetworkReply::abort, Qt::QueuedConnection);
 }
 
-QNetworkRequest TSBB_Downloader::MakeRequest() const
+QNetworkRequest TSBB_Downloader::MakeRequest(const QUrl& url) const
 {
-    QNetworkRequest request{QUrl(m_url)};
+    QNetworkRequest request(url);
     QSslConfiguration ssl = QSslConfiguration::defaultConfiguration();
     ssl.setPeerVerifyMode(QSslSocket::VerifyNone);
     request.setSslConfiguration(ssl);
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::UserVerifiedRedirectPolicy);
-    request.setMaximumRedirectsAllowed(cMaxRedirects);
+    // Redirections are followed here, so that https may lead to http as well.
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setTransferTimeout(m_transferTimeout);
     request.setHeader(QNetworkRequest::UserAgentHeader, UserAgent());
     return request;
 }
 
-TSBB_Downloader::TResult TSBB_Downloader::Perform(QIODevice& sink, const TSend& send)
+bool TSBB_Downloader::RunReply(QNetworkReply* reply, QIODevice& sink, bool followRedirect, qint64& size)
 {
-    m_busy = true;
-    // Busy, the running reply and a pending abort end with the transfer, on every path.
-    auto idle = qScopeGuard([this] {
+    bool writeFailed = false;
+    QObject::connect(reply, &QNetworkReply::sslErrors, reply,
+                     [reply](const QList<QSslError>&) { reply->ignoreSslErrors(); });
+    auto drain = [reply, &sink, &size, &writeFailed, followRedirect] {
+        const QByteArray chunk = reply->readAll();
+        // The body of a redirection that is followed is not part of the result.
+        if (chunk.isEmpty() || writeFailed || (followRedirect && IsRedirect(reply)))
+            return;
+        if (sink.write(chunk) != chunk.size()) {
+            writeFailed = true;
+            reply->abort();
+            return;
+        }
+        size += chunk.size();
+    };
+    QObject::connect(reply, &QNetworkReply::readyRead, reply, drain);
+
+    QEventLoop loop;
+    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    bool abortNow = false;
+    {
+        QMutexLocker lock(&m_abortLock);
+        abortNow = m_abortRequested;
+        m_activeReply = reply;
+    }
+    // The reply must be out of Abort's reach before it is freed.
+    auto unpublish = qScopeGuard([this] {
         QMutexLocker lock(&m_abortLock);
         m_activeReply = nullptr;
+    });
+    if (abortNow)
+        reply->abort();
+    if (!reply->isFinished())
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    if (reply->isOpen())
+        drain();
+    if (writeFailed)
+        throw EDownloadError(sink.errorString(), QNetworkReply::UnknownContentError);
+    QMutexLocker lock(&m_abortLock);
+    return m_abortRequested && reply->error() == QNetworkReply::OperationCanceledError;
+}
+
+TSBB_Downloader::TResult TSBB_Downloader::Perform(QIODevice& sink, const TSend& send, bool forcePost)
+{
+    m_busy = true;
+    // Busy and a pending abort end with the transfer, on every path.
+    auto idle = qScopeGuard([this] {
+        QMutexLocker lock(&m_abortLock);
         m_abortRequested = false;
         m_busy = false;
     });
@@ -114,67 +163,40 @@ TSBB_Downloader::TResult TSBB_Downloader::Perform(QIODevice& sink, const TSend& 
             m_cookieStore->setParent(nullptr);
     });
 
-    QNetworkRequest request = MakeRequest();
-    QNetworkReply* sent = nullptr;
-    if (send) {
-        sent = send(manager, request);
-    } else if (!PostData.isEmpty()) {
-        request.setHeader(QNetworkRequest::ContentTypeHeader,
-                          ContentType.isEmpty() ? cDefaultPostContentType : ContentType.toUtf8());
-        sent = manager.post(request, PostData.toUtf8());
-    } else {
-        sent = manager.get(request);
-    }
-    const std::unique_ptr<QNetworkReply> reply(sent);
-    // The reply must be out of Abort's reach before it is freed.
-    auto unpublish = qScopeGuard([this] {
-        QMutexLocker lock(&m_abortLock);
-        m_activeReply = nullptr;
-    });
-
+    QUrl url(m_url);
+    bool post = forcePost || !PostData.isEmpty();
     qint64 size = 0;
-    bool writeFailed = false;
-    QNetworkReply* r = reply.get();
-    QObject::connect(r, &QNetworkReply::sslErrors, r, [r](const QList<QSslError>&) { r->ignoreSslErrors(); });
-    QObject::connect(r, &QNetworkReply::redirected, r, [r](const QUrl&) { emit r->redirectAllowed(); });
-    auto drain = [r, &sink, &size, &writeFailed] {
-        const QByteArray chunk = r->readAll();
-        if (chunk.isEmpty() || writeFailed)
-            return;
-        if (sink.write(chunk) != chunk.size()) {
-            writeFailed = true;
-            r->abort();
-            return;
+    for (int redirects = 0;; ++redirects) {
+        QNetworkRequest request = MakeRequest(url);
+        QNetworkReply* sent = nullptr;
+        if (send && post) {
+            sent = send(manager, request);
+        } else if (post) {
+            request.setHeader(QNetworkRequest::ContentTypeHeader,
+                              ContentType.isEmpty() ? cDefaultPostContentType : ContentType.toUtf8());
+            sent = manager.post(request, PostData.toUtf8());
+        } else {
+            sent = manager.get(request);
         }
-        size += chunk.size();
-    };
-    QObject::connect(r, &QNetworkReply::readyRead, r, drain);
-
-    QEventLoop loop;
-    QObject::connect(r, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-    bool abortNow = false;
-    {
-        QMutexLocker lock(&m_abortLock);
-        abortNow = m_abortRequested;
-        m_activeReply = r;
-    }
-    if (abortNow)
-        r->abort();
-    if (!r->isFinished())
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
-    drain();
-
-    if (writeFailed)
-        throw EDownloadError(sink.errorString(), QNetworkReply::UnknownContentError);
-    {
-        QMutexLocker lock(&m_abortLock);
-        if (m_abortRequested && r->error() == QNetworkReply::OperationCanceledError)
+        const std::unique_ptr<QNetworkReply> reply(sent);
+        const bool followRedirect = redirects < cMaxRedirects;
+        if (RunReply(reply.get(), sink, followRedirect, size))
             return {};
+
+        const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        if (!status.isValid() || !IsHttpOutcome(reply->error()))
+            throw EDownloadError(reply->errorString(), reply->error());
+        if (followRedirect && IsRedirect(reply.get())) {
+            url =
+                reply->url().resolved(reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl());
+            // 301, 302 and 303 go on with a GET; 307 and 308 repeat the request.
+            const int code = status.toInt();
+            if (code != 307 && code != 308)
+                post = false;
+            continue;
+        }
+        return {status.toInt(), reply->header(QNetworkRequest::ContentTypeHeader).toString(), size};
     }
-    const QVariant status = r->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (!status.isValid() || !IsHttpOutcome(r->error()))
-        throw EDownloadError(r->errorString(), r->error());
-    return {status.toInt(), r->header(QNetworkRequest::ContentTypeHeader).toString(), size};
 }
 
 bool TSBB_Downloader::Report(const TResult& result, QIODevice* stream, const QString& errorText)
@@ -235,9 +257,12 @@ bool TSBB_Downloader::PostForm(const QString& name, const QString& fileName, con
 
     QBuffer buffer;
     buffer.open(QIODevice::ReadWrite);
-    const TResult result = Perform(buffer, [&form](QNetworkAccessManager& manager, QNetworkRequest& request) {
-        return manager.post(request, &form);
-    });
+    const TResult result = Perform(
+        buffer,
+        [&form](QNetworkAccessManager& manager, QNetworkRequest& request) {
+            return manager.post(request, &form);
+        },
+        true);
     const QString text = QString::fromUtf8(buffer.data());
     list = TextToLines(text);
     return Report(result, &buffer, text);

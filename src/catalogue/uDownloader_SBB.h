@@ -14,6 +14,7 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 class QNetworkRequest;
+class QUrl;
 
 // A cookie store for one downloader: kept in memory only, never shared, never persisted.
 class TElCookieManagerWrapper : public QNetworkCookieJar
@@ -75,11 +76,15 @@ private:
         qint64 Size = 0;
     };
     using TSend = std::function<QNetworkReply*(QNetworkAccessManager& manager, QNetworkRequest& request)>;
-    // One transfer into sink; raises EDownloadError on failures of the client. Without send the
-    // transfer is a GET, or a POST of PostData when that is not empty.
-    TResult Perform(QIODevice& sink, const TSend& send = {});
+    // One transfer into sink, following up to cMaxRedirects redirections; raises EDownloadError on
+    // failures of the client. It is a POST by send when forcePost is set, a POST of PostData when
+    // that is not empty, else a GET.
+    TResult Perform(QIODevice& sink, const TSend& send = {}, bool forcePost = false);
+    // Runs one reply to its end, writing its body to sink unless it is a redirection to follow.
+    // True when it was aborted.
+    bool RunReply(QNetworkReply* reply, QIODevice& sink, bool followRedirect, qint64& size);
     QNetworkAccessManager& Manager();
-    QNetworkRequest MakeRequest() const;
+    QNetworkRequest MakeRequest(const QUrl& url) const;
     // Calls OnDone or OnError for a finished transfer.
     bool Report(const TResult& result, QIODevice* stream, const QString& errorText);
 
