@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QByteArray>
+#include <QVariant>
+
+#include <stdexcept>
+
+// Thumbnails of item photographs, as stored in ThumbFront and ThumbBack.
+
+// Every thumbnail is exactly this many pixels high.
+inline constexpr int ThumbnailHeight = 200;
+
+// Raised when a picture cannot be decoded or the thumbnail cannot be encoded.
+class EThumbnailError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Width of the thumbnail of a w x h picture: w / (h / 200) rounded to nearest, ties to even.
+int ThumbnailWidth(int width, int height);
+
+// Decodes the picture, scales it to ThumbnailHeight pixels high keeping its aspect ratio (small
+// pictures are scaled up) and encodes it again in the format it came in, with the encoder's own
+// defaults. A null picture gives a null result. Throws EThumbnailError for bytes that are no
+// readable picture.
+QByteArray MakeThumbnail(const QByteArray& picture);
+
+// The same for a field value: NULL gives NULL, otherwise the value's bytes are used.
+QVariant MakeThumbnail(const QVariant& picture);

@@ -1,0 +1,273 @@
+// Thumbnails of photographs and the blank pictures used where an item has none.
+
+#include "uBlankPictures.h"
+#include "uThumbnail.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QImageReader>
+#include <QPainter>
+#include <QtTest>
+
+namespace {
+
+// A picture with some content, encoded in the given format with the codec's defaults.
+QByteArray makePicture(int w, int h, const char* format)
+{
+    QImage img(w, h, QImage::Format_RGB32);
+    QPainter p(&img);
+    QLinearGradient g(0, 0, w, h);
+    g.setColorAt(0, Qt::darkBlue);
+    g.setColorAt(1, Qt::yellow);
+    p.fillRect(img.rect(), g);
+    p.setPen(QPen(Qt::red, std::max(1, w / 50)));
+    p.drawEllipse(QRect(w / 4, h / 4, w / 2, h / 2));
+    p.end();
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    img.save(&buffer, format);
+    return bytes;
+}
+
+QByteArray formatOf(const QByteArray& bytes)
+{
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    return QImageReader(&buffer).format();
+}
+
+QSize sizeOf(const QByteArray& bytes)
+{
+    return QImage::fromData(bytes).size();
+}
+
+} // namespace
+
+class TestThumbnail : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void width_data();
+    void width();
+    void thumbnail_data();
+    void thumbnail();
+    void uprightByOrientation();
+    void thumbnailOfVariant();
+    void nullGivesNull();
+    void unreadableRaises_data();
+    void unreadableRaises();
+    void blankChoice_data();
+    void blankChoice();
+    void barSameBothSides();
+    void allBlankPictures_data();
+    void allBlankPictures();
+    void blankThumbnail();
+};
+
+void TestThumbnail::width_data()
+{
+    QTest::addColumn<int>("w");
+    QTest::addColumn<int>("h");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("wide, scaled up") << 100 << 50 << 400;
+    QTest::newRow("tall") << 1000 << 3000 << 67;
+    QTest::newRow("4:3 photo") << 4000 << 3000 << 267;
+    QTest::newRow("already 200 high") << 321 << 200 << 321;
+    QTest::newRow("tie rounds down to even") << 5 << 400 << 2;
+    QTest::newRow("tie rounds up to even") << 7 << 400 << 4;
+    QTest::newRow("tie at 0.5 gives at least one pixel") << 1 << 400 << 1;
+    QTest::newRow("very thin") << 1 << 5000 << 1;
+}
+
+void TestThumbnail::width()
+{
+    QFETCH(int, w);
+    QFETCH(int, h);
+    QFETCH(int, expected);
+    QCOMPARE(ThumbnailWidth(w, h), expected);
+}
+
+void TestThumbnail::thumbnail_data()
+{
+    QTest::addColumn<int>("w");
+    QTest::addColumn<int>("h");
+    QTest::addColumn<QByteArray>("format");
+    QTest::addColumn<QSize>("expected");
+    QTest::newRow("png 100x50") << 100 << 50 << QByteArray("png") << QSize(400, 200);
+    QTest::newRow("png 1000x3000") << 1000 << 3000 << QByteArray("png") << QSize(67, 200);
+    QTest::newRow("jpeg 100x50") << 100 << 50 << QByteArray("jpeg") << QSize(400, 200);
+    QTest::newRow("jpeg 1000x3000") << 1000 << 3000 << QByteArray("jpeg") << QSize(67, 200);
+    QTest::newRow("jpeg 4000x3000") << 4000 << 3000 << QByteArray("jpeg") << QSize(267, 200);
+    QTest::newRow("jpeg 1001x777") << 1001 << 777 << QByteArray("jpeg") << QSize(258, 200);
+    QTest::newRow("bmp 640x480") << 640 << 480 << QByteArray("bmp") << QSize(267, 200);
+}
+
+void TestThumbnail::thumbnail()
+{
+    QFETCH(int, w);
+    QFETCH(int, h);
+    QFETCH(QByteArray, format);
+    QFETCH(QSize, expected);
+    const QByteArray source = makePicture(w, h, format.constData());
+    QCOMPARE(formatOf(source), format);
+    const QByteArray thumb = MakeThumbnail(source);
+    QCOMPARE(formatOf(thumb), format);
+    QCOMPARE(sizeOf(thumb), expected);
+
+    // The picture is scaled, not cropped: the middle of the thumbnail shows the middle of the source.
+    const QImage a =
+        QImage::fromData(source).scaled(expected, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QImage b = QImage::fromData(thumb);
+    const QPoint mid(expected.width() / 2, expected.height() / 2);
+    QVERIFY(std::abs(qGray(a.pixel(mid)) - qGray(b.pixel(mid))) < 40);
+    const QPoint corner(2, 2);
+    QVERIFY(std::abs(qGray(a.pixel(corner)) - qGray(b.pixel(corner))) < 40);
+}
+
+// A camera stores the pixels as the sensor saw them and the orientation in the EXIF block: a
+// 400x100 picture marked "rotate 90" is shown as 100x400, and so is its thumbnail.
+void TestThumbnail::uprightByOrientation()
+{
+    QByteArray jpeg = makePicture(400, 100, "jpeg");
+    const QByteArray exif = QByteArray::fromHex("FFE10022") + QByteArray("Exif\0\0", 6) +
+                            QByteArray::fromHex("4D4D002A00000008"
+                                                "0001"
+                                                "011200030000000100060000"
+                                                "00000000");
+    jpeg.insert(2, exif); // right after the start-of-image marker
+    const QByteArray thumb = MakeThumbnail(jpeg);
+    QCOMPARE(formatOf(thumb), QByteArray("jpeg"));
+    QCOMPARE(sizeOf(thumb), QSize(50, 200));
+}
+
+void TestThumbnail::thumbnailOfVariant()
+{
+    const QVariant thumb = MakeThumbnail(QVariant(makePicture(300, 600, "png")));
+    QVERIFY(thumb.isValid());
+    QCOMPARE(thumb.typeId(), QMetaType::QByteArray);
+    QCOMPARE(sizeOf(thumb.toByteArray()), QSize(100, 200));
+}
+
+void TestThumbnail::nullGivesNull()
+{
+    QVERIFY(MakeThumbnail(QByteArray()).isNull());
+    QVERIFY(!MakeThumbnail(QVariant()).isValid());
+    // A NULL blob as the database layer hands it over: typed, but null.
+    QVERIFY(MakeThumbnail(QVariant(QMetaType::fromType<QByteArray>())).isNull());
+}
+
+void TestThumbnail::unreadableRaises_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("garbage") << QByteArray("this is not a picture at all, just some text");
+    QTest::newRow("empty") << QByteArray("");
+    QByteArray png = makePicture(400, 300, "png");
+    QTest::newRow("truncated png") << png.left(60);
+    QByteArray jpeg = makePicture(400, 300, "jpeg");
+    QTest::newRow("jpeg header only") << jpeg.left(20);
+}
+
+void TestThumbnail::unreadableRaises()
+{
+    QFETCH(QByteArray, bytes);
+    try {
+        MakeThumbnail(bytes);
+        QFAIL("no exception for an unreadable picture");
+    } catch (const EThumbnailError& e) {
+        QVERIFY(QByteArray(e.what()).startsWith("The picture cannot be read"));
+    }
+    // Through the field-value overload too.
+    QVERIFY_THROWS_EXCEPTION(EThumbnailError, MakeThumbnail(QVariant(bytes)));
+}
+
+void TestThumbnail::blankChoice_data()
+{
+    QTest::addColumn<int>("metal");
+    QTest::addColumn<int>("coinType");
+    QTest::addColumn<bool>("obverse");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("gold coin obverse") << 0 << 0 << true << "iBlankCoinGoldObverse";
+    QTest::newRow("gold coin reverse") << 0 << 0 << false << "iBlankCoinGoldReverse";
+    QTest::newRow("silver rect coin") << 1 << 1 << true << "iBlankCoinSilverObverse";
+    QTest::newRow("platinum round reverse") << 2 << 2 << false << "iBlankCoinPlatinumReverse";
+    QTest::newRow("palladium coin") << 3 << 0 << true << "iBlankCoinPalladiumObverse";
+    QTest::newRow("rhodium coin reverse") << 4 << 0 << false << "iBlankCoinRhodiumReverse";
+    QTest::newRow("copper round") << 5 << 2 << true << "iBlankCoinCopperObverse";
+    QTest::newRow("gold bar obverse") << 0 << 3 << true << "iBlankBarGold";
+    QTest::newRow("gold bar reverse") << 0 << 3 << false << "iBlankBarGold";
+    QTest::newRow("silver divisible bar") << 1 << 4 << false << "iBlankBarSilver";
+    QTest::newRow("copper bar") << 5 << 3 << true << "iBlankBarCopper";
+    QTest::newRow("metal 9") << 9 << 0 << true << "iBlankCoinGoldObverse";
+    QTest::newRow("metal 9 bar reverse") << 9 << 3 << false << "iBlankCoinGoldReverse";
+    QTest::newRow("metal -1") << -1 << 0 << false << "iBlankCoinGoldReverse";
+    QTest::newRow("type 7") << 1 << 7 << true << "iBlankCoinGoldObverse";
+    QTest::newRow("type 7 reverse") << 5 << 7 << false << "iBlankCoinGoldReverse";
+    QTest::newRow("type -1") << 2 << -1 << true << "iBlankCoinGoldObverse";
+}
+
+void TestThumbnail::blankChoice()
+{
+    QFETCH(int, metal);
+    QFETCH(int, coinType);
+    QFETCH(bool, obverse);
+    QFETCH(QString, expected);
+    QCOMPARE(BlankPictureName(metal, coinType, obverse), expected);
+    const QByteArray bytes = BlankPicture(metal, coinType, obverse);
+    // The bytes are those of the named resource (registered by the first call above).
+    QFile named(":/blank/" + expected);
+    QVERIFY(named.open(QIODevice::ReadOnly));
+    QCOMPARE(bytes, named.readAll());
+}
+
+void TestThumbnail::barSameBothSides()
+{
+    QCOMPARE(BlankPicture(0, 3, true), BlankPicture(0, 3, false));
+    QCOMPARE(BlankPicture(2, 4, true), BlankPicture(2, 3, false));
+    QVERIFY(BlankPicture(0, 0, true) != BlankPicture(0, 0, false));
+    QVERIFY(BlankPicture(0, 3, true) != BlankPicture(1, 3, true));
+    QCOMPARE(BlankPicture(9, 7, true), BlankPicture(0, 0, true));
+    QCOMPARE(BlankPicture(0, 7, false), BlankPicture(0, 0, false));
+}
+
+void TestThumbnail::allBlankPictures_data()
+{
+    QTest::addColumn<int>("metal");
+    QTest::addColumn<int>("coinType");
+    QTest::addColumn<bool>("obverse");
+    for (int metal = 0; metal < 6; ++metal) {
+        QTest::addRow("metal %d obverse", metal) << metal << 0 << true;
+        QTest::addRow("metal %d reverse", metal) << metal << 0 << false;
+        QTest::addRow("metal %d bar", metal) << metal << 3 << true;
+    }
+}
+
+void TestThumbnail::allBlankPictures()
+{
+    QFETCH(int, metal);
+    QFETCH(int, coinType);
+    QFETCH(bool, obverse);
+    const QByteArray bytes = BlankPicture(metal, coinType, obverse);
+    QCOMPARE(formatOf(bytes), QByteArray("png"));
+    const QImage img = QImage::fromData(bytes, "PNG");
+    QVERIFY(!img.isNull());
+    QVERIFY(img.height() >= 200);
+    QVERIFY(img.hasAlphaChannel());
+    // Transparent background, solid metal in the middle.
+    QCOMPARE(qAlpha(img.pixel(0, 0)), 0);
+    QCOMPARE(qAlpha(img.pixel(img.width() / 2, img.height() / 2)), 255);
+}
+
+// What an item without a photo stores: the thumbnail of its blank picture.
+void TestThumbnail::blankThumbnail()
+{
+    const QByteArray thumb = MakeThumbnail(BlankPicture(0, 3, true));
+    QCOMPARE(formatOf(thumb), QByteArray("png"));
+    QCOMPARE(sizeOf(thumb), QSize(360, 200));
+    QCOMPARE(sizeOf(MakeThumbnail(BlankPicture(1, 0, false))), QSize(200, 200));
+}
+
+QTEST_GUILESS_MAIN(TestThumbnail)
+#include "tst_thumbnail.moc"
