@@ -1,22 +1,15 @@
 #include "uCatalogueServer.h"
 
+#include "uZTSettings.h"
+
 using namespace Qt::StringLiterals;
 
 const QString CatalogueServerDefault = u"https://catalogue.brenmoor.com"_s;
 
-namespace {
-
-// The value of the read-only key CatalogueServer; the program never writes it.
-QString ConfiguredCatalogueServer()
-{
-    return {};
-}
-
-} // namespace
-
 QString CatalogueServerURL()
 {
-    return CatalogueServerURLFor(ConfiguredCatalogueServer());
+    // The read-only key CatalogueServer, read at each call; the program never writes it.
+    return CatalogueServerURLFor(ReadCatalogueServer());
 }
 
 QString CatalogueServerURLFor(const QString& configured)

@@ -1,10 +1,12 @@
 #include "uCustomDownloader.h"
 
+#include "uZTLog.h"
+
 #include <QCoreApplication>
 #include <QNetworkCookieJar>
 #include <QScopeGuard>
 
-Q_LOGGING_CATEGORY(lcDownloads, "orv.downloads", QtInfoMsg)
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -111,7 +113,7 @@ void TCustomDownloader::Execute()
 
 void TCustomDownloader::TerminatedSet()
 {
-    qCDebug(lcDownloads) << "TCustomDownloader.Terminate()";
+    LogText(u"TCustomDownloader.Terminate()"_s);
     if (m_downloader)
         m_downloader->Abort();
 }

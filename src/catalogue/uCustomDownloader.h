@@ -4,7 +4,6 @@
 #include "uThreadRunner.h"
 
 #include <QEvent>
-#include <QLoggingCategory>
 #include <QMutex>
 #include <QPointer>
 #include <QVariant>
@@ -12,8 +11,6 @@
 #include <atomic>
 #include <memory>
 #include <vector>
-
-Q_DECLARE_LOGGING_CATEGORY(lcDownloads)
 
 class TCustomDownloader;
 

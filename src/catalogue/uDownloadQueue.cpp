@@ -1,8 +1,12 @@
 #include "uDownloadQueue.h"
 
+#include "uZTLog.h"
 #include "uZTStrings.h"
+#include "uZTTypes.h"
 
 #include <QBuffer>
+
+#include <stdexcept>
 
 using namespace Qt::StringLiterals;
 
@@ -20,7 +24,7 @@ void TTextDownloader::DownloadText(QString& result, const QString& url)
     TDownloader* downloader = Downloader();
     downloader->SetURL(url);
     downloader->PostData = PostData;
-    qCDebug(lcDownloads).noquote() << u"Downloading %1 ..."_s.arg(url);
+    LogFormat(u"Downloading %s ..."_s, {url});
     PostNewStatus(cDownloadStatusPanel, GetText(u"cSDownloadingData"_s));
 
     QBuffer stream;
@@ -50,12 +54,18 @@ void TPictureDownloader::DoTheWork()
 
 QImage TPictureDownloader::DownloadImage(const QString& url)
 {
-    PostNewStatus(cDownloadStatusPanel, GetText(u"cSDownloadImageFmt"_s).replace(u"%s"_s, url));
-    qCDebug(lcDownloads) << "TPictureDownloader.DownloadImage()";
+    QString status = GetText(u"cSDownloadImageFmt"_s);
+    try {
+        status = FormatText(status, {url});
+    } catch (const std::invalid_argument&) {
+        // A language text with other placeholders is shown as it stands.
+    }
+    PostNewStatus(cDownloadStatusPanel, status);
+    LogText(u"TPictureDownloader.DownloadImage()"_s);
     TDownloader* downloader = Downloader();
     downloader->SetURL(url);
     downloader->PostData = PostData;
-    qCDebug(lcDownloads).noquote() << u"Downloading image %1 ..."_s.arg(url);
+    LogFormat(u"Downloading image %s ..."_s, {url});
 
     QBuffer stream;
     stream.open(QIODevice::ReadWrite);

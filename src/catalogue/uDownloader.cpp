@@ -1,11 +1,11 @@
 #include "uDownloader.h"
 
 #include "uDownloader_SBB.h"
+#include "uZTSettings.h"
+#include "uZTTypes.h"
 
-#include <QDir>
 #include <QFile>
 #include <QStringDecoder>
-#include <QUuid>
 
 using namespace Qt::StringLiterals;
 
@@ -23,19 +23,6 @@ std::unique_ptr<TDownloader> CreateSBBDownloader(QNetworkCookieJar* cookieStore)
 std::unique_ptr<QNetworkCookieJar> CreateSBBCookieManager()
 {
     return std::make_unique<TElCookieManagerWrapper>();
-}
-
-// A name in the temporary folder made of the first 8 hexadecimal digits of a fresh GUID and
-// ".tmp", that no file has yet.
-QString NewTempFileName()
-{
-    const QString folder = QDir::tempPath() + u'/';
-    for (;;) {
-        const QString name =
-            folder + QUuid::createUuid().toString(QUuid::WithoutBraces).left(8).toUpper() + u".tmp"_s;
-        if (!QFile::exists(name))
-            return name;
-    }
 }
 
 } // namespace
@@ -56,8 +43,8 @@ TCookieManagerClass CookieManagerClass()
 
 TProxySettings CurrentProxySettings()
 {
-    // Direct connection until the settings variables of Inet.* are part of the core library.
-    return {};
+    static_assert(cInetAccessUseProxy == cInetAccessProxy);
+    return {InetAccess, InetProxyHost, InetProxyPort, InetProxyUsername, InetProxyPassword};
 }
 
 QString ConnectionTestURL()
@@ -72,7 +59,8 @@ bool TestInternetConnection()
 
 bool TestInternetConnection(const QString& url)
 {
-    const QString fileName = NewTempFileName();
+    // 8 hexadecimal digits of a fresh GUID and ".tmp" in the temporary folder; nothing is made yet.
+    const QString fileName = GetTempFileName(u".tmp"_s);
     bool result = false;
     {
         const std::unique_ptr<TDownloader> downloader = DownloaderClass().Create(nullptr);

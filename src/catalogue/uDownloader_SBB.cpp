@@ -1,5 +1,7 @@
 #include "uDownloader_SBB.h"
 
+#include "uZTTypes.h"
+
 #include <QBuffer>
 #include <QEventLoop>
 #include <QFile>
@@ -55,11 +57,7 @@ TSBB_Downloader::~TSBB_Downloader()
 
 QString TSBB_Downloader::UserAgent()
 {
-    const QString version = u"%1.%2.%3.%4"_s.arg(ORV_VERSION_MAJOR)
-                                .arg(ORV_VERSION_MINOR)
-                                .arg(ORV_VERSION_PATCH)
-                                .arg(ORV_VERSION_TWEAK);
-    return u"Orvane [SBB]v"_s + version + u" x64"_s;
+    return u"Orvane [SBB]v"_s + GetFileVersionText() + u" x64"_s;
 }
 
 QNetworkProxy TSBB_Downloader::MakeProxy(const TProxySettings& settings)

@@ -5,6 +5,8 @@
 #include "uCatalogueServer.h"
 #include "uDownloader.h"
 #include "uDownloader_SBB.h"
+#include "uZTCustomSettings.h"
+#include "uZTSettings.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -37,6 +39,62 @@ void WatchErrors(TDownloader& downloader, TErrorCall& calls)
         calls.Text = text;
     };
 }
+
+// A settings store in memory, holding what the test puts in.
+class TMemorySettings : public TZTCustomSettings
+{
+public:
+    QHash<QString, QVariant> Values;
+    int GetIntValue(const QString& name, int defaultValue) override
+    {
+        return Values.value(name, defaultValue).toInt();
+    }
+    QString GetStringValue(const QString& name, const QString& defaultValue) override
+    {
+        return Values.value(name, defaultValue).toString();
+    }
+    bool GetBoolValue(const QString& name, bool defaultValue) override
+    {
+        return Values.value(name, defaultValue).toBool();
+    }
+    double GetFloatValue(const QString& name, double defaultValue) override
+    {
+        return Values.value(name, defaultValue).toDouble();
+    }
+    void SetIntValue(const QString& name, int, int value) override { Values.insert(name, value); }
+    void SetStringValue(const QString& name, const QString&, const QString& value) override
+    {
+        Values.insert(name, value);
+    }
+    void SetBoolValue(const QString& name, bool, bool value) override { Values.insert(name, value); }
+    void SetFloatValue(const QString& name, double, double value) override { Values.insert(name, value); }
+};
+
+// Sets the Inet.* variables for one test and puts the old values back.
+class TProxyVariables
+{
+public:
+    TProxyVariables(int access, const QString& host, int port, const QString& user, const QString& password)
+        : m_saved{InetAccess, InetProxyHost, InetProxyPort, InetProxyUsername, InetProxyPassword}
+    {
+        InetAccess = access;
+        InetProxyHost = host;
+        InetProxyPort = port;
+        InetProxyUsername = user;
+        InetProxyPassword = password;
+    }
+    ~TProxyVariables()
+    {
+        InetAccess = m_saved.InetAccess;
+        InetProxyHost = m_saved.Host;
+        InetProxyPort = m_saved.Port;
+        InetProxyUsername = m_saved.Username;
+        InetProxyPassword = m_saved.Password;
+    }
+
+private:
+    TProxySettings m_saved;
+};
 
 QStringList TempFilesNow()
 {
@@ -453,11 +511,13 @@ private slots:
         QVERIFY2(proxy.Start(), "tinyproxy did not start");
         TTestHttpServer& server = scheme == QLatin1String("https") ? *m_https : *m_http;
         server.ClearRequests();
-        TSBB_Downloader downloader(nullptr,
-                                   {access, QStringLiteral("127.0.0.1"), proxy.Port(), QString(), QString()});
-        downloader.SetURL(server.URL(QStringLiteral("/ok")));
+        // The way every worker makes its transport: the factory over the settings variables.
+        const TProxyVariables settings(access, QStringLiteral("127.0.0.1"), proxy.Port(), QString(),
+                                       QStringLiteral("pw"));
+        const std::unique_ptr<TDownloader> downloader = DownloaderClass().Create(nullptr);
+        downloader->SetURL(server.URL(QStringLiteral("/ok")));
         QStringList list;
-        QVERIFY(downloader.DownloadToStrings(list));
+        QVERIFY(downloader->DownloadToStrings(list));
         QCOMPARE(list, QStringList{QStringLiteral("hello")});
         const TSeenRequest seen = server.RequestsFor("/ok").value(0);
         if (scheme == QLatin1String("http"))
@@ -616,6 +676,17 @@ private slots:
         QFETCH(QString, url);
         QCOMPARE(CatalogueServerURLFor(configured), url);
         QVERIFY(CatalogueServerDefault.startsWith(QLatin1String("https://")));
+
+        // CatalogueServerURL() reads the key of the store at each call, and never writes it.
+        auto store = std::make_unique<TMemorySettings>();
+        TMemorySettings* values = store.get();
+        if (!configured.isNull())
+            values->Values.insert(QStringLiteral("CatalogueServer"), configured);
+        const auto before = values->Values;
+        SetSettingsStore(std::move(store));
+        QCOMPARE(CatalogueServerURL(), url);
+        QCOMPARE(values->Values, before);
+        SetSettingsStore(nullptr);
     }
 
     void factoryMakesTheImplementation()
@@ -626,6 +697,14 @@ private slots:
         auto* sbb = dynamic_cast<TSBB_Downloader*>(downloader.get());
         QVERIFY(sbb);
         QCOMPARE(sbb->Proxy(), CurrentProxySettings());
+        {
+            const TProxyVariables settings(2, QStringLiteral("proxy.example"), 8080, QStringLiteral("u"),
+                                           QStringLiteral("p"));
+            const std::unique_ptr<TDownloader> withProxy = DownloaderClass().Create(nullptr);
+            QCOMPARE(dynamic_cast<TSBB_Downloader*>(withProxy.get())->Proxy(),
+                     (TProxySettings{2, QStringLiteral("proxy.example"), 8080, QStringLiteral("u"),
+                                     QStringLiteral("p")}));
+        }
         QCOMPARE(sbb->TransferTimeout(), 20000);
         downloader->SetURL(m_http->URL(QStringLiteral("/ok")));
         QStringList list;
