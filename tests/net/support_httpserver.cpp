@@ -174,7 +174,8 @@ private:
         } else if (path.startsWith("/hold/")) {
             StartHold(path.mid(6));
         } else if (path.startsWith("/image/")) {
-            Send(200, "OK", CachedPng(path.mid(7).toInt()), "Content-Type: image/png\r\n");
+            Send(200, "OK", CachedPng(path.mid(7).split('?').value(0).toInt()),
+                 "Content-Type: image/png\r\n");
         } else if (path == "/echo") {
             Send(200, "OK",
                  request.Method + '\n' + request.Headers.value("content-type") + '\n' + request.Body);
