@@ -17,6 +17,7 @@ class TMessageRelay : public QObject
 public:
     bool event(QEvent* e) override
     {
+        HandOverAcquire(e);
         if (auto* message = dynamic_cast<TRelayedMessage*>(e)) {
             if (QObject* receiver = message->Receiver.data())
                 QCoreApplication::sendEvent(receiver, message->Message.get());
@@ -67,7 +68,9 @@ void PostResultMessage(const QPointer<QObject>& receiver, quint32 msg, const QVa
                        std::unique_ptr<TMessageObj> lParam)
 {
     auto message = std::make_unique<TPostedMessage>(msg, wParam, std::move(lParam));
-    QCoreApplication::postEvent(Relay(), new TMessageRelay::TRelayedMessage(receiver, std::move(message)));
+    auto* event = new TMessageRelay::TRelayedMessage(receiver, std::move(message));
+    HandOverRelease(event);
+    QCoreApplication::postEvent(Relay(), event);
 }
 
 // ---- TCustomDownloader -----------------------------------------------------------------------------

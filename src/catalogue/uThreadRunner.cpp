@@ -45,22 +45,25 @@ void TThread::WaitForEnd()
 {
     while (!wait(QDeadlineTimer(5)))
         CheckSynchronize();
+    HandOverAcquire(this);
 }
 
 void TThread::run()
 {
-    if (Terminated())
-        return;
-    try {
-        Execute();
-    } catch (...) {
-        // An error ends the thread; the worker reports nothing.
+    if (!Terminated()) {
+        try {
+            Execute();
+        } catch (...) {
+            // An error ends the thread; the worker reports nothing.
+        }
     }
+    HandOverRelease(this);
 }
 
 void TThread::HandleEnd()
 {
     wait();
+    HandOverAcquire(this);
     m_ended = true;
     if (OnTerminate) {
         const TThreadEvent handler = OnTerminate;
@@ -90,7 +93,17 @@ void TThread::Synchronize(const std::function<void()>& fn)
         fn();
         return;
     }
-    QMetaObject::invokeMethod(target, fn, Qt::BlockingQueuedConnection);
+    const char token = 0;
+    HandOverRelease(&token);
+    QMetaObject::invokeMethod(
+        target,
+        [&fn, &token] {
+            HandOverAcquire(&token);
+            fn();
+            HandOverRelease(&token);
+        },
+        Qt::BlockingQueuedConnection);
+    HandOverAcquire(&token);
 }
 
 void TThread::CheckSynchronize()

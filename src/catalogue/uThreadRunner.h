@@ -11,6 +11,24 @@
 class TThread;
 class TThreadRunner;
 
+// Happens-before marks for ThreadSanitizer at hand-overs between threads that go through Qt's own
+// locks (posted events, blocking calls, the end of a thread), which the sanitizer does not see.
+#if defined(__SANITIZE_THREAD__)
+extern "C" void __tsan_acquire(void* addr);
+extern "C" void __tsan_release(void* addr);
+inline void HandOverRelease(const void* token)
+{
+    __tsan_release(const_cast<void*>(token));
+}
+inline void HandOverAcquire(const void* token)
+{
+    __tsan_acquire(const_cast<void*>(token));
+}
+#else
+inline void HandOverRelease(const void*) {}
+inline void HandOverAcquire(const void*) {}
+#endif
+
 // Called on the main thread once a thread has ended, whatever the ending.
 using TThreadEvent = std::function<void(TThread* sender)>;
 using TNotifyEvent = std::function<void(TThreadRunner* sender)>;
