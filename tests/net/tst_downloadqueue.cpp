@@ -52,7 +52,7 @@ public:
             return QObject::event(e);
         TReceived received;
         received.Msg = message->Msg();
-        received.OnMainThread = QThread::currentThread() == qApp->thread();
+        received.OnMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
         received.TypeMatches = e->type() == TPostedMessage::EventType(message->Msg());
         received.WParam = message->TakeWParam();
         const std::unique_ptr<TMessageObj> subscriber = message->TakeLParam();
@@ -278,7 +278,7 @@ private slots:
         bool onMainThread = false;
         worker->OnText = [&texts, &onMainThread](TTextDownloader*, const QStringList& list) {
             texts.append(list);
-            onMainThread = QThread::currentThread() == qApp->thread();
+            onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
         };
         worker->Start();
         QTRY_VERIFY_WITH_TIMEOUT(guard.isNull(), 10000);
@@ -386,7 +386,7 @@ private slots:
         queue.OnStatus = [&](TCustomDownloader*, qint32 panel, const QString& text) {
             panels.append(panel);
             texts.append(text);
-            allOnMain = allOnMain && QThread::currentThread() == qApp->thread();
+            allOnMain = allOnMain && QThread::currentThread() == QCoreApplication::instance()->thread();
         };
         const QString imageUrl = m_http->URL(QStringLiteral("/image/100"));
         queue.AddDownload(TDownloadQueue::WorkerClass<TTextDownloader>(),
