@@ -6,15 +6,79 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
+#include <QElapsedTimer>
 #include <QLockFile>
-#include <QSaveFile>
+#include <QThread>
 #include <QStandardPaths>
 
 #include <cmath>
+#include <filesystem>
+#include <system_error>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// Serialises writers of the hive across processes. On Unix an advisory lock on a lock file,
+// which the system drops with the process, so a killed writer never leaves a stale lock and no
+// sync to disk is needed to take it.
+class THiveWriteLock
+{
+public:
+    explicit THiveWriteLock(const QString& path)
+#ifndef Q_OS_UNIX
+        : m_lock(path)
+#endif
+    {
+#ifdef Q_OS_UNIX
+        m_fd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+#endif
+    }
+    ~THiveWriteLock()
+    {
+#ifdef Q_OS_UNIX
+        if (m_fd >= 0)
+            ::close(m_fd); // releases the lock
+#endif
+    }
+    THiveWriteLock(const THiveWriteLock&) = delete;
+    THiveWriteLock& operator=(const THiveWriteLock&) = delete;
+
+    bool Acquire(int timeoutMs)
+    {
+#ifdef Q_OS_UNIX
+        if (m_fd < 0)
+            return false;
+        QElapsedTimer timer;
+        timer.start();
+        while (::flock(m_fd, LOCK_EX | LOCK_NB) != 0) {
+            if (errno != EWOULDBLOCK && errno != EINTR)
+                return false;
+            if (timer.elapsed() > timeoutMs)
+                return false;
+            QThread::msleep(2);
+        }
+        return true;
+#else
+        m_lock.setStaleLockTime(30000);
+        return m_lock.tryLock(timeoutMs);
+#endif
+    }
+
+private:
+#ifdef Q_OS_UNIX
+    int m_fd = -1;
+#else
+    QLockFile m_lock;
+#endif
+};
 
 const QString cTypeKey = u"type"_s;
 const QString cDataKey = u"data"_s;
@@ -179,9 +243,8 @@ bool TZTUserHive::WriteValue(const QString& keyPath, const QString& valueName, c
         return false;
     }
 
-    QLockFile lock(fileName + u".lock"_s);
-    lock.setStaleLockTime(30000);
-    if (!lock.tryLock(10000)) {
+    THiveWriteLock lock(fileName + u".lock"_s);
+    if (!lock.Acquire(10000)) {
         return false;
     }
 
@@ -199,10 +262,27 @@ bool TZTUserHive::WriteValue(const QString& keyPath, const QString& valueName, c
     key.insert(FindMember(key, valueName).value_or(valueName), EncodeValue(value));
     hive.insert(keyName, key);
 
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly)) {
+    // Write a sibling file and rename it over the hive: a reader or a killed process sees the old
+    // file or the new one, never half of one. No sync to disk: a write must survive the process,
+    // not a power cut, and a sync per value would make saving all settings take a second.
+    const QString temporary = fileName + u".new"_s;
+    QFile file(temporary);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         return false;
     }
-    file.write(QJsonDocument(hive).toJson(QJsonDocument::Indented));
-    return file.commit();
+    const QByteArray bytes = QJsonDocument(hive).toJson(QJsonDocument::Indented);
+    const bool written = file.write(bytes) == bytes.size();
+    file.close();
+    if (!written || file.error() != QFileDevice::NoError) {
+        QFile::remove(temporary);
+        return false;
+    }
+    std::error_code error;
+    std::filesystem::rename(QFile::encodeName(temporary).toStdString(), QFile::encodeName(fileName).toStdString(),
+                            error);
+    if (error) {
+        QFile::remove(temporary);
+        return false;
+    }
+    return true;
 }
