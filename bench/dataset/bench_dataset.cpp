@@ -36,21 +36,22 @@ const char* const kBareSQL =
     "strftime('%Y', PurchaseDate) AS PurchaseYear, strftime('%Y-%m', PurchaseDate) AS PurchaseYearMonth "
     "FROM tblCoins C";
 
-const char* const kCoinsDDL = "CREATE TABLE tblCoins (ID INTEGER PRIMARY KEY AUTOINCREMENT UNIQUE, "
-                              "Name VARCHAR (500) NOT NULL, Metal INTEGER NOT NULL, ObverseDesc VARCHAR (1000), "
-                              "ReverseDesc VARCHAR (1000), Series VARCHAR (300), Year INTEGER, WeightG DOUBLE NOT NULL, "
-                              "MintID INTEGER, CoinType INTEGER NOT NULL DEFAULT (0), FaceValue DOUBLE, "
-                              "FaceValueCurrency VARCHAR (3), Purity VARCHAR (30), Thickness DOUBLE, Diameter DOUBLE, "
-                              "Width DOUBLE, Height DOUBLE, Edge VARCHAR (100), MintMark BOOLEAN DEFAULT (0), "
-                              "Country VARCHAR (2), Mintage INTEGER, Artist VARCHAR (1000), Description TEXT, "
-                              "ThumbFront BLOB, ThumbBack BLOB, PhotoFront BLOB, PhotoBack BLOB, PhotoSide BLOB, "
-                              "PhotoInBox BLOB, ExpectedPremium DOUBLE, Rating DOUBLE, Rare BOOLEAN, "
-                              "Condition VARCHAR (500), Status VARCHAR (500), Owner VARCHAR (500), "
-                              "Packaging VARCHAR (500), Location VARCHAR (500), Grade VARCHAR (500), "
-                              "GradeService VARCHAR (500), SerialNumbers TEXT, Qty INTEGER, Price DOUBLE, "
-                              "PurchaseDate DATE, Store VARCHAR (500), Custom1 NONE NULL, Custom2 NONE NULL, "
-                              "Custom3 NONE NULL, Custom4 NONE NULL, Custom5 NONE NULL, Custom6 NONE NULL, "
-                              "Custom7 NONE NULL, Custom8 NONE NULL, Custom9 NONE NULL, Custom10 NONE NULL)";
+const char* const kCoinsDDL =
+    "CREATE TABLE tblCoins (ID INTEGER PRIMARY KEY AUTOINCREMENT UNIQUE, "
+    "Name VARCHAR (500) NOT NULL, Metal INTEGER NOT NULL, ObverseDesc VARCHAR (1000), "
+    "ReverseDesc VARCHAR (1000), Series VARCHAR (300), Year INTEGER, WeightG DOUBLE NOT NULL, "
+    "MintID INTEGER, CoinType INTEGER NOT NULL DEFAULT (0), FaceValue DOUBLE, "
+    "FaceValueCurrency VARCHAR (3), Purity VARCHAR (30), Thickness DOUBLE, Diameter DOUBLE, "
+    "Width DOUBLE, Height DOUBLE, Edge VARCHAR (100), MintMark BOOLEAN DEFAULT (0), "
+    "Country VARCHAR (2), Mintage INTEGER, Artist VARCHAR (1000), Description TEXT, "
+    "ThumbFront BLOB, ThumbBack BLOB, PhotoFront BLOB, PhotoBack BLOB, PhotoSide BLOB, "
+    "PhotoInBox BLOB, ExpectedPremium DOUBLE, Rating DOUBLE, Rare BOOLEAN, "
+    "Condition VARCHAR (500), Status VARCHAR (500), Owner VARCHAR (500), "
+    "Packaging VARCHAR (500), Location VARCHAR (500), Grade VARCHAR (500), "
+    "GradeService VARCHAR (500), SerialNumbers TEXT, Qty INTEGER, Price DOUBLE, "
+    "PurchaseDate DATE, Store VARCHAR (500), Custom1 NONE NULL, Custom2 NONE NULL, "
+    "Custom3 NONE NULL, Custom4 NONE NULL, Custom5 NONE NULL, Custom6 NONE NULL, "
+    "Custom7 NONE NULL, Custom8 NONE NULL, Custom9 NONE NULL, Custom10 NONE NULL)";
 
 long peakKiB()
 {
@@ -74,29 +75,35 @@ void createFile(const QByteArray& path, int rows)
     check(sqlite3_exec(db, kCoinsDDL, nullptr, nullptr, nullptr), db, "create");
     check(sqlite3_exec(db, "BEGIN", nullptr, nullptr, nullptr), db, "begin");
     sqlite3_stmt* ins = nullptr;
-    check(sqlite3_prepare_v2(db,
-                             "INSERT INTO tblCoins (Name, Metal, ObverseDesc, ReverseDesc, Series, Year, WeightG, "
-                             "MintID, CoinType, FaceValue, FaceValueCurrency, Purity, Thickness, Diameter, Edge, "
-                             "MintMark, Country, Mintage, Artist, Description, ExpectedPremium, Rating, Rare, "
-                             "Condition, Status, Owner, Packaging, Location, Grade, GradeService, Qty, Price, "
-                             "PurchaseDate, Store, Custom1, Custom2) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,"
-                             "?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)",
-                             -1, &ins, nullptr),
+    check(sqlite3_prepare_v2(
+              db,
+              "INSERT INTO tblCoins (Name, Metal, ObverseDesc, ReverseDesc, Series, Year, WeightG, "
+              "MintID, CoinType, FaceValue, FaceValueCurrency, Purity, Thickness, Diameter, Edge, "
+              "MintMark, Country, Mintage, Artist, Description, ExpectedPremium, Rating, Rare, "
+              "Condition, Status, Owner, Packaging, Location, Grade, GradeService, Qty, Price, "
+              "PurchaseDate, Store, Custom1, Custom2) VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,"
+              "?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)",
+              -1, &ins, nullptr),
           db, "prepare");
     static const double weights[] = {31.1035, 15.55, 7.78, 3.11, 62.207, 311.035, 1000.0, 1.0};
-    static const char* const names[] = {"American Eagle", "Maple Leaf", "Krugerrand", "Britannia", "Philharmonic",
-                                        "Kangaroo", "Panda", "Libertad", "Valcambi bar", "PAMP Fortuna bar"};
+    static const char* const names[] = {"American Eagle", "Maple Leaf",      "Krugerrand", "Britannia",
+                                        "Philharmonic",   "Kangaroo",        "Panda",      "Libertad",
+                                        "Valcambi bar",   "PAMP Fortuna bar"};
     for (int i = 0; i < rows; ++i) {
         const QByteArray name = QByteArray(names[i % 10]) + ' ' + QByteArray::number(i);
-        const QByteArray date = QByteArrayLiteral("20") + QByteArray::number(10 + i % 14) + '-'
-                                + QByteArray::number(1 + i % 12).rightJustified(2, '0') + '-'
-                                + QByteArray::number(1 + i % 28).rightJustified(2, '0');
+        const QByteArray date = QByteArrayLiteral("20") + QByteArray::number(10 + i % 14) + '-' +
+                                QByteArray::number(1 + i % 12).rightJustified(2, '0') + '-' +
+                                QByteArray::number(1 + i % 28).rightJustified(2, '0');
         int p = 1;
-        auto text = [&](const QByteArray& t) { sqlite3_bind_text(ins, p++, t.constData(), int(t.size()), SQLITE_TRANSIENT); };
+        auto text = [&](const QByteArray& t) {
+            sqlite3_bind_text(ins, p++, t.constData(), int(t.size()), SQLITE_TRANSIENT);
+        };
         text(name);
         sqlite3_bind_int(ins, p++, i % 6);
-        text("Portrait of a figure with the legend around the rim, the year below and the mint mark at the left");
-        text("Heraldic design with the denomination, the weight and the fineness in two lines of small letters");
+        text("Portrait of a figure with the legend around the rim, the year below and the mint mark at the "
+             "left");
+        text("Heraldic design with the denomination, the weight and the fineness in two lines of small "
+             "letters");
         text("Series " + QByteArray::number(i % 40));
         sqlite3_bind_int(ins, p++, 1986 + i % 38);
         sqlite3_bind_double(ins, p++, weights[i % 8]);
@@ -112,7 +119,8 @@ void createFile(const QByteArray& path, int rows)
         text("US");
         sqlite3_bind_int(ins, p++, 100000 + i);
         text("A. Designer");
-        text("Bought at a coin show; original capsule and certificate of authenticity, no spots, light toning on the "
+        text("Bought at a coin show; original capsule and certificate of authenticity, no spots, light "
+             "toning on the "
              "reverse rim.");
         sqlite3_bind_double(ins, p++, 2.5 + i % 7);
         sqlite3_bind_double(ins, p++, (i % 11) * 0.5);
@@ -190,28 +198,50 @@ void declareFields(TDBDataset& ds)
         int size;
     };
     static const Def defs[] = {
-        {"ID", TFieldType::AutoInc, 0},          {"Name", TFieldType::String, 500},
-        {"Metal", TFieldType::Integer, 0},       {"ObverseDesc", TFieldType::String, 1000},
-        {"ReverseDesc", TFieldType::String, 1000}, {"Series", TFieldType::String, 300},
-        {"Year", TFieldType::Integer, 0},        {"WeightG", TFieldType::Float, 0},
-        {"MintID", TFieldType::Integer, 0},      {"CoinType", TFieldType::Integer, 0},
-        {"FaceValue", TFieldType::Float, 0},     {"FaceValueCurrency", TFieldType::String, 3},
-        {"Purity", TFieldType::String, 30},      {"Thickness", TFieldType::Float, 0},
-        {"Diameter", TFieldType::Float, 0},      {"Width", TFieldType::Float, 0},
-        {"Height", TFieldType::Float, 0},        {"Edge", TFieldType::String, 100},
-        {"MintMark", TFieldType::Boolean, 0},    {"Country", TFieldType::String, 2},
-        {"Mintage", TFieldType::Integer, 0},     {"Artist", TFieldType::String, 1000},
-        {"Description", TFieldType::Memo, 0},    {"ThumbFront", TFieldType::Blob, 0},
-        {"ThumbBack", TFieldType::Blob, 0},      {"PhotoFront", TFieldType::Blob, 0},
-        {"PhotoBack", TFieldType::Blob, 0},      {"PhotoSide", TFieldType::Blob, 0},
-        {"PhotoInBox", TFieldType::Blob, 0},     {"ExpectedPremium", TFieldType::Float, 0},
-        {"Rating", TFieldType::Float, 0},        {"Rare", TFieldType::Boolean, 0},
-        {"Condition", TFieldType::String, 500},  {"Status", TFieldType::String, 500},
-        {"Owner", TFieldType::String, 500},      {"Packaging", TFieldType::String, 500},
-        {"Location", TFieldType::String, 500},   {"Grade", TFieldType::String, 500},
-        {"GradeService", TFieldType::String, 500}, {"SerialNumbers", TFieldType::Memo, 0},
-        {"Qty", TFieldType::Integer, 0},         {"Price", TFieldType::Float, 0},
-        {"PurchaseDate", TFieldType::Date, 0},   {"Store", TFieldType::String, 500},
+        {"ID", TFieldType::AutoInc, 0},
+        {"Name", TFieldType::String, 500},
+        {"Metal", TFieldType::Integer, 0},
+        {"ObverseDesc", TFieldType::String, 1000},
+        {"ReverseDesc", TFieldType::String, 1000},
+        {"Series", TFieldType::String, 300},
+        {"Year", TFieldType::Integer, 0},
+        {"WeightG", TFieldType::Float, 0},
+        {"MintID", TFieldType::Integer, 0},
+        {"CoinType", TFieldType::Integer, 0},
+        {"FaceValue", TFieldType::Float, 0},
+        {"FaceValueCurrency", TFieldType::String, 3},
+        {"Purity", TFieldType::String, 30},
+        {"Thickness", TFieldType::Float, 0},
+        {"Diameter", TFieldType::Float, 0},
+        {"Width", TFieldType::Float, 0},
+        {"Height", TFieldType::Float, 0},
+        {"Edge", TFieldType::String, 100},
+        {"MintMark", TFieldType::Boolean, 0},
+        {"Country", TFieldType::String, 2},
+        {"Mintage", TFieldType::Integer, 0},
+        {"Artist", TFieldType::String, 1000},
+        {"Description", TFieldType::Memo, 0},
+        {"ThumbFront", TFieldType::Blob, 0},
+        {"ThumbBack", TFieldType::Blob, 0},
+        {"PhotoFront", TFieldType::Blob, 0},
+        {"PhotoBack", TFieldType::Blob, 0},
+        {"PhotoSide", TFieldType::Blob, 0},
+        {"PhotoInBox", TFieldType::Blob, 0},
+        {"ExpectedPremium", TFieldType::Float, 0},
+        {"Rating", TFieldType::Float, 0},
+        {"Rare", TFieldType::Boolean, 0},
+        {"Condition", TFieldType::String, 500},
+        {"Status", TFieldType::String, 500},
+        {"Owner", TFieldType::String, 500},
+        {"Packaging", TFieldType::String, 500},
+        {"Location", TFieldType::String, 500},
+        {"Grade", TFieldType::String, 500},
+        {"GradeService", TFieldType::String, 500},
+        {"SerialNumbers", TFieldType::Memo, 0},
+        {"Qty", TFieldType::Integer, 0},
+        {"Price", TFieldType::Float, 0},
+        {"PurchaseDate", TFieldType::Date, 0},
+        {"Store", TFieldType::String, 500},
     };
     for (const Def& d : defs)
         ds.addField(QString::fromLatin1(d.name), d.type, TFieldKind::Stored, d.size);
@@ -258,7 +288,8 @@ DatasetRun datasetOpen(const QString& path, bool handlers)
             weightGram.setAsFloat(g);
         });
         ds.setOnCalcFields([&](TDBDataset&) {
-            caption.setAsString(name.asString() + u' ' + QString::number(weightG.asFloat(), 'f', 2) + u" g"_s);
+            caption.setAsString(name.asString() + u' ' + QString::number(weightG.asFloat(), 'f', 2) +
+                                u" g"_s);
             const double spot = 30.0 * weightG.asFloat() / 31.1035;
             spotValue.setAsFloat(spot);
             spotValueQty.setAsFloat(spot * qty.asInteger());
@@ -310,7 +341,8 @@ int main(int argc, char* argv[])
         createFile(path, rows);
         std::printf("created %s with %d rows in %.0f ms\n", path.constData(), rows, double(t.elapsed()));
     }
-    std::printf("sqlite %s, statement of %s\n", sqlite3_libversion(), "SELECT * + 6 expressions (60 columns)");
+    std::printf("sqlite %s, statement of %s\n", sqlite3_libversion(),
+                "SELECT * + 6 expressions (60 columns)");
 
     qint64 bareRows = 0;
     double checksum = 0;
@@ -334,11 +366,13 @@ int main(int argc, char* argv[])
         withHandlers = std::min(withHandlers, datasetOpen(file, true).ms);
     const long afterHandlersKiB = peakKiB();
 
-    std::printf("rows                      %lld (dataset records %d)\n", static_cast<long long>(bareRows), records);
+    std::printf("rows                      %lld (dataset records %d)\n", static_cast<long long>(bareRows),
+                records);
     std::printf("bare sqlite3 loop         %8.1f ms\n", bare);
     std::printf("dataset open              %8.1f ms   ratio %.2f\n", dataset, dataset / bare);
-    std::printf("dataset open + handlers   %8.1f ms   ratio %.2f  (internal + calculated fields per record)\n",
-                withHandlers, withHandlers / bare);
+    std::printf(
+        "dataset open + handlers   %8.1f ms   ratio %.2f  (internal + calculated fields per record)\n",
+        withHandlers, withHandlers / bare);
     std::printf("peak memory (ru_maxrss)   %ld KiB after bare loop, %ld KiB after dataset (+%ld KiB), "
                 "%ld KiB after dataset with handlers\n",
                 afterBareKiB, afterDatasetKiB, afterDatasetKiB - baseKiB, afterHandlersKiB);

@@ -1414,7 +1414,10 @@ void TDBDataset::post()
     const bool inserting = m_state == TDatasetState::Insert;
     TDBRowData row = rereadRow(key);
     if (!row) {
-        // The statement no longer selects the record: keep what was written.
+        // The statement does not select the record (a WHERE of its own): keep what was written,
+        // with the key the file gave it.
+        m_buffer.values[std::size_t(m_keyField)] = key;
+        m_buffer.assigned[std::size_t(m_keyField)] = 1;
         row = finishRow(rowFromBuffer(inserting ? nullptr : currentRow(), m_buffer));
     }
     if (inserting) {

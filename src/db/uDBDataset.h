@@ -378,3 +378,16 @@ private:
 
     std::array<TDatasetNotifyEvent, EvCount> m_events;
 };
+
+// Disables a dataset's controls for the length of a scope, also when an exception leaves it.
+class TDisableControlsScope
+{
+public:
+    explicit TDisableControlsScope(TDBDataset& dataset) : m_dataset(dataset) { m_dataset.disableControls(); }
+    ~TDisableControlsScope() { m_dataset.enableControls(); }
+    TDisableControlsScope(const TDisableControlsScope&) = delete;
+    TDisableControlsScope& operator=(const TDisableControlsScope&) = delete;
+
+private:
+    TDBDataset& m_dataset;
+};

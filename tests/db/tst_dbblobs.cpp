@@ -201,6 +201,35 @@ private slots:
         ds->deleteRecord();
     }
 
+    void appendOnlyTableObject()
+    {
+        // A dataset that selects no rows serves to append to a table: fields keep the table's column
+        // order (blobs in their place), and each post gives the new key.
+        auto source = DBTest::openConnection(m_path);
+        TDBDataset target(source.get());
+        target.setSQL(QStringLiteral("SELECT * FROM tblCoins WHERE 0"));
+        target.setUpdateTableName(QStringLiteral("tblCoins"));
+        target.open();
+        QCOMPARE(target.recordCount(), 0);
+        QCOMPARE(target.field(25).fieldName(), QStringLiteral("PhotoFront"));
+        const QByteArray photo = DBTest::bytes(3000, 5);
+        target.append();
+        target.field(1).setAsString(QStringLiteral("Copied"));
+        target.field(2).setAsInteger(3);
+        target.field(7).setAsFloat(2.5);
+        target.field(25).setAsBytes(photo);
+        target.post();
+        const QVariant id = target.fieldByName(QStringLiteral("ID")).value();
+        QVERIFY(!id.isNull());
+        QCOMPARE(id.toLongLong(), source->lastInsertRowId());
+        QCOMPARE(target.fieldByName(QStringLiteral("Name")).asString(), QStringLiteral("Copied"));
+        QCOMPARE(target.fieldByName(QStringLiteral("PhotoFront")).asBytes(), photo);
+        QCOMPARE(source->selectValue(QStringLiteral("SELECT PhotoFront FROM tblCoins WHERE ID = ?"), {id})
+                     .toByteArray(),
+                 photo);
+        source->execSQL(QStringLiteral("DELETE FROM tblCoins WHERE ID = ?"), {id});
+    }
+
     void changeBehindTheBackSeenAfterRefresh()
     {
         auto conn = DBTest::openConnection(m_path);

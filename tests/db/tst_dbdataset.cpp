@@ -593,6 +593,21 @@ private slots:
         ds->enableControls();
         QCOMPARE(afterReset.count(), 1);
         QCOMPARE(changed.count(), 1);
+
+        // A failure inside the batch still enables the controls.
+        try {
+            TDisableControlsScope scope(*ds);
+            ds->last();
+            ds->deleteRecord();
+            ds->edit();
+            f(*ds, "Name").clear();
+            ds->post();
+            QFAIL("posted without a name");
+        } catch (const EDatabaseError&) {
+        }
+        QVERIFY(!ds->controlsDisabled());
+        QCOMPARE(afterReset.count(), 2);
+        ds->cancel();
     }
 
     void filters_data()
