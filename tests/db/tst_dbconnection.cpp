@@ -146,6 +146,20 @@ private slots:
         QCOMPARE(f.readAll(), content);
     }
 
+    void folderIsNoDatabase()
+    {
+        TDBConnection conn;
+        conn.setParam(QStringLiteral("Database"), m_dir.path());
+        try {
+            conn.open();
+            QFAIL("a folder opened as a database");
+        } catch (const EDatabaseError& e) {
+            QCOMPARE(e.message(), QStringLiteral("unable to open database file"));
+        }
+        QVERIFY(!conn.connected());
+        QVERIFY(conn.connectionName().isEmpty());
+    }
+
     void readWriteModeNeedsExistingFile()
     {
         TDBConnection conn;
