@@ -1,5 +1,9 @@
 #include "uSpot.h"
 
+#include "uCatalogueServer.h"
+#include "uEncryptedDownloader.h"
+#include "uZTSettings.h"
+
 #include <QLocale>
 
 #include <QJsonArray>
@@ -13,6 +17,40 @@ using namespace Qt::StringLiterals;
 
 namespace {
 const std::array<QString, 6> kMetalCodes = {u"XAU"_s, u"XAG"_s, u"XPT"_s, u"XPD"_s, u"XRH"_s, u"XCU"_s};
+}
+
+TSpotPrices::TSpotPrices() : m_self(std::make_shared<TSpotPrices*>(this)) {}
+
+TSpotPrices::~TSpotPrices() = default;
+
+void TSpotPrices::Refresh()
+{
+    if (Busy)
+        return;
+    auto worker = std::make_unique<TEncryptedTextDownloader>(); // not started, frees itself at its end
+    worker->URL = CatalogueServerURL() + u"/orv/spot.php?currency="_s + Currency;
+    // No window and no message number: the worker posts nothing and reports through its events.
+    const std::weak_ptr<TSpotPrices*> self = m_self;
+    worker->OnText = [self](TTextDownloader*, const QStringList& lines) {
+        if (const std::shared_ptr<TSpotPrices*> alive = self.lock())
+            (*alive)->ReceiveText(lines);
+    };
+    worker->OnTerminate = [self](TThread*) {
+        if (const std::shared_ptr<TSpotPrices*> alive = self.lock())
+            (*alive)->Busy = false;
+    };
+    worker.release()->Start();
+    Busy = true;
+}
+
+void TSpotPrices::ReceiveText(const QStringList& lines)
+{
+    const QString text = lines.isEmpty() ? QString() : lines.join(u'\n') + u'\n';
+    try {
+        LoadFromText(text, Currency);
+    } catch (const std::exception&) {
+        // Not JSON: the list stays cleared and OnLoaded is not called; the user is not told.
+    }
 }
 
 void TSpotPrices::Add(const TSpotPrice& price)

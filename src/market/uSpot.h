@@ -2,9 +2,11 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 // The current market price of one metal, as the last reply named it.
 struct TSpotPrice
@@ -23,7 +25,8 @@ class TSpotPrices
 public:
     using TLoadedEvent = std::function<void(TSpotPrices*)>;
 
-    TSpotPrices() = default;
+    TSpotPrices();
+    ~TSpotPrices();
     TSpotPrices(const TSpotPrices&) = delete;
     TSpotPrices& operator=(const TSpotPrices&) = delete;
 
@@ -38,6 +41,14 @@ public:
     // list has been cleared, and OnLoaded is not called.
     void LoadFromText(const QString& text, const QString& currency);
 
+    // Fetches the prices in the background: one GET of CatalogueServerURL() +
+    // "/orv/spot.php?currency=" + the Currency setting, appended as it stands. Returns at once.
+    // While a refresh is under way (Busy) the call is dropped, not queued. The deciphered reply
+    // goes to LoadFromText on the main thread with the Currency of that moment. A failed refresh
+    // (transport, status, cipher or JSON) says nothing: the list keeps what it had, or is left
+    // empty when the parse failed, OnLoaded does not run, and Busy goes back to false.
+    void Refresh();
+
     // First entry whose Metal equals metal, or nullptr.
     const TSpotPrice* FindSpot(int metal) const;
     // Price of FindSpot(metal), 0.0 when none is held.
@@ -47,7 +58,12 @@ public:
     bool Busy = false;
 
 private:
+    // The text event of the refresh worker (main thread).
+    void ReceiveText(const QStringList& lines);
+
     std::vector<std::unique_ptr<TSpotPrice>> m_items;
+    // Watched by the handlers of a refresh worker, which may outlive this object.
+    std::shared_ptr<TSpotPrices*> m_self;
 };
 
 // "XAU" -> 0 ... "XCU" -> 5, case-sensitive; anything else -1.

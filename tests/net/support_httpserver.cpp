@@ -185,9 +185,29 @@ private:
             Send(200, "OK", "set", "Set-Cookie: session=abc; Path=/\r\n");
         } else if (path == "/cookie/get") {
             Send(200, "OK", request.Headers.value("cookie"));
+        } else if (TCannedReply canned; m_owner->CannedReplyFor(path, canned)) {
+            StartCanned(canned);
         } else {
             Send(404, "Not Found", "unknown");
         }
+    }
+
+    void StartCanned(const TCannedReply& canned)
+    {
+        const QByteArray reason = canned.Status == 200 ? QByteArray("OK") : QByteArray("Canned");
+        if (canned.HoldId.isEmpty()) {
+            Send(canned.Status, reason, canned.Body);
+            return;
+        }
+        m_holdClock.start();
+        auto* timer = new QTimer(this);
+        connect(timer, &QTimer::timeout, this, [this, timer, canned, reason] {
+            if (m_owner->IsReleased(canned.HoldId) || m_holdClock.hasExpired(30000)) {
+                timer->stop();
+                Send(canned.Status, reason, canned.Body);
+            }
+        });
+        timer->start(10);
     }
 
     static QByteArray CachedPng(int bytes)
@@ -364,6 +384,31 @@ bool TTestHttpServer::WaitForRequests(const QByteArray& prefix, int count, int t
         QThread::msleep(2);
     }
     return true;
+}
+
+void TTestHttpServer::SetReply(const QByteArray& prefix, const TCannedReply& reply)
+{
+    QMutexLocker lock(&m_lock);
+    m_canned.insert(prefix, reply);
+}
+
+void TTestHttpServer::ClearReplies()
+{
+    QMutexLocker lock(&m_lock);
+    m_canned.clear();
+}
+
+bool TTestHttpServer::CannedReplyFor(const QByteArray& path, TCannedReply& reply) const
+{
+    QMutexLocker lock(&m_lock);
+    qsizetype longest = -1;
+    for (auto it = m_canned.cbegin(); it != m_canned.cend(); ++it) {
+        if (path.startsWith(it.key()) && it.key().size() > longest) {
+            longest = it.key().size();
+            reply = it.value();
+        }
+    }
+    return longest >= 0;
 }
 
 void TTestHttpServer::Release(const QByteArray& id)

@@ -29,6 +29,14 @@ struct TSeenRequest
 
 class TServerCore;
 
+// A reply set by the test for every request whose path starts with a prefix.
+struct TCannedReply
+{
+    int Status = 200;
+    QByteArray Body;
+    QByteArray HoldId; // when set, the answer waits for Release(HoldId) (or 30 s)
+};
+
 // An HTTP or HTTPS server on 127.0.0.1 running on a thread of its own. Routes:
 //   /ok                 200 "hello"
 //   /lines              200, three lines of UTF-8 text
@@ -43,6 +51,8 @@ class TServerCore;
 //   /echo               200, "method\ncontent-type\nbody"
 //   /cookie/set         200 with Set-Cookie: session=abc
 //   /cookie/get         200, the Cookie header
+// Paths that none of these match get the canned reply of the longest prefix set with SetReply, and
+// 404 when there is none.
 // With RequireProxyAuth set, the server acts as a proxy that answers 407 to any request without
 // Proxy-Authorization.
 class TTestHttpServer
@@ -65,6 +75,10 @@ public:
     // Blocks until count requests for prefix arrived or timeoutMs passed.
     bool WaitForRequests(const QByteArray& prefix, int count, int timeoutMs);
 
+    // Answers requests whose path starts with prefix (and no fixed route matched) with reply.
+    void SetReply(const QByteArray& prefix, const TCannedReply& reply);
+    void ClearReplies();
+
     void Release(const QByteArray& id);
     void ReleaseAll();
     void SetRequireProxyAuth(bool on);
@@ -77,6 +91,7 @@ private:
     bool RequireProxyAuth() const;
     void Record(const TSeenRequest& request);
     bool IsReleased(const QByteArray& id) const;
+    bool CannedReplyFor(const QByteArray& path, TCannedReply& reply) const;
 
     QThread m_thread;
     TServerCore* m_core = nullptr;
@@ -86,6 +101,7 @@ private:
     QWaitCondition m_arrived;
     QList<TSeenRequest> m_requests;
     QSet<QByteArray> m_released;
+    QMap<QByteArray, TCannedReply> m_canned;
     bool m_releaseAll = false;
     bool m_requireProxyAuth = false;
     int m_abortedSlow = 0;
