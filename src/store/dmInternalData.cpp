@@ -212,6 +212,10 @@ TDM_InternalData::TDM_InternalData(QObject* parent) : QObject(parent)
     qDS_Items->setOnBeforePost([this](TDBDataset& ds) { qDS_ItemsBeforePost(ds); });
     qDS_Items->setOnCalcFields([this](TDBDataset& ds) { qDS_ItemsCalcFields(ds); });
     qDS_Items->setOnReadRecord([this](TDBDataset& ds) { qDS_ItemsReadRecord(ds); });
+    qDS_Items->setOnBeforeOpen([this](TDBDataset&) { LoadCaptionTexts(); });
+    qDS_Items->setOnBeforeRefresh([this](TDBDataset&) { LoadCaptionTexts(); });
+    qDS_Items->setOnBeforeCancel([this](TDBDataset&) { LoadCaptionTexts(); });
+    LoadCaptionTexts();
     m_fWeightGram->setOnChange([this](TDBField& f) { qDS_ItemsWeightGramChange(f); });
     m_fWeightOz->setOnChange([this](TDBField& f) { qDS_ItemsWeightOzChange(f); });
     m_fPhotoFront->setOnChange([this](TDBField& f) { qDS_ItemsPhotoFrontChange(f); });
@@ -520,8 +524,17 @@ void TDM_InternalData::qDS_ItemsAfterInsert(TDBDataset& dataset)
     });
 }
 
+void TDM_InternalData::LoadCaptionTexts()
+{
+    for (int m = 0; m < MetalCount; ++m)
+        m_metalTexts[std::size_t(m)] = MetalToText(m);
+    for (int t = 0; t < CoinTypeCount; ++t)
+        m_coinTypeTexts[std::size_t(t)] = CoinTypeToText(t);
+}
+
 void TDM_InternalData::qDS_ItemsBeforePost(TDBDataset& /*dataset*/)
 {
+    LoadCaptionTexts();
     if (m_fPhotoFront->isNull())
         m_fThumbFront->setAsBytes(BlankThumbnail(m_fMetal->asInteger(), m_fCoinType->asInteger(), true));
     if (m_fPhotoBack->isNull())
@@ -555,9 +568,13 @@ void TDM_InternalData::qDS_ItemsReadRecord(TDBDataset& /*dataset*/)
 void TDM_InternalData::qDS_ItemsCalcFields(TDBDataset& /*dataset*/)
 {
     const int metal = m_fMetal->asInteger();
+    const int coinType = m_fCoinType->asInteger();
     const double weightG = m_fWeightG->asFloat();
+    const QString metalText = metal >= 0 && metal < MetalCount ? m_metalTexts[std::size_t(metal)] : QString();
+    const QString coinTypeText =
+        coinType >= 0 && coinType < CoinTypeCount ? m_coinTypeTexts[std::size_t(coinType)] : QString();
     m_fCaption->setAsString(
-        ItemCaption(m_fName->asString(), weightG, m_fYear->asInteger(), metal, m_fCoinType->asInteger()));
+        ItemCaption(m_fName->asString(), weightG, m_fYear->asInteger(), metalText, coinTypeText));
 
     TItemValuationInput input;
     input.Spot = SpotPrices().SpotPriceOf(metal);

@@ -5,6 +5,7 @@
 #include "uDBField.h"
 #include "uDBQuery.h"
 #include "uItemTexts.h"
+#include "uZTTypes.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -12,6 +13,8 @@
 #include <QObject>
 #include <QString>
 #include <QVariant>
+
+#include <array>
 
 class TMetalAsset;
 
@@ -80,6 +83,8 @@ private:
     void CreateMintFields();
     void CreateItemFields();
     QByteArray BlankThumbnail(int metal, int coinType, bool isObverse);
+    // Takes the metal and type names of the current language for the captions.
+    void LoadCaptionTexts();
 
     // Fields of qDS_Items used per record.
     TDBField* m_fName = nullptr;
@@ -109,6 +114,11 @@ private:
     // Display key of each labelled field, by dataset.
     QList<std::pair<TDBField*, QString>> m_mintLabels;
     QList<std::pair<TDBField*, QString>> m_itemLabels;
+
+    // Metal and type names of the captions, by code: taken from the language before each read of
+    // records (open, refresh, post, cancel), so that a caption never asks the language per row.
+    std::array<QString, MetalCount> m_metalTexts;
+    std::array<QString, CoinTypeCount> m_coinTypeTexts;
 
     // Thumbnails of the blank pictures, by picture name: they never change during a run.
     QHash<QString, QByteArray> m_blankThumbnails;

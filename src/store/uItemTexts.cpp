@@ -50,7 +50,10 @@ double GramsToOunces(double grams)
     return grams / TroyOunceGrams;
 }
 
-QString WeightToText(double grams, const QLocale& locale)
+namespace {
+
+// The weight text; the locale is asked for only when a number has decimals to show.
+template <typename LocaleOf> QString WeightText(double grams, LocaleOf localeOf)
 {
     const double oz = GramsToOunces(grams);
     // Rounding to nearest with ties to even, the current rounding mode.
@@ -75,13 +78,20 @@ QString WeightToText(double grams, const QLocale& locale)
             return QString::fromUtf16(fraction.text);
 
     if (grams >= 1000)
-        return FormatUpToTwoDecimals(grams / 1000, locale) + u" kg"_s;
-    return FormatUpToTwoDecimals(grams, locale) + u" g"_s;
+        return FormatUpToTwoDecimals(grams / 1000, localeOf()) + u" kg"_s;
+    return FormatUpToTwoDecimals(grams, localeOf()) + u" g"_s;
+}
+
+} // namespace
+
+QString WeightToText(double grams, const QLocale& locale)
+{
+    return WeightText(grams, [&locale]() -> const QLocale& { return locale; });
 }
 
 QString WeightToText(double grams)
 {
-    return WeightToText(grams, QLocale());
+    return WeightText(grams, [] { return QLocale(); });
 }
 
 QString MetalToText(int code)
@@ -104,9 +114,14 @@ QString CoinTypeToText(int code)
 
 QString ItemCaption(const QString& name, double weightG, int year, int metal, int coinType)
 {
-    QString caption = name + u' ' + WeightToText(weightG) + u' ';
+    return ItemCaption(name, weightG, year, MetalToText(metal), CoinTypeToText(coinType));
+}
+
+QString ItemCaption(const QString& name, double weightG, int year, const QString& metalText,
+                    const QString& coinTypeText)
+{
+    const QString weight = WeightToText(weightG);
     if (year != 0)
-        caption += QString::number(year) + u' ';
-    caption += MetalToText(metal) + u' ' + CoinTypeToText(coinType);
-    return caption;
+        return name + u' ' + weight + u' ' + QString::number(year) + u' ' + metalText + u' ' + coinTypeText;
+    return name + u' ' + weight + u' ' + metalText + u' ' + coinTypeText;
 }

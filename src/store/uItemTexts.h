@@ -20,3 +20,6 @@ QString CoinTypeToText(int code);
 
 // "Name weight [year ]metal type", e.g. "Eagle 1 oz 2012 Gold Coin"; a year of 0 is left out.
 QString ItemCaption(const QString& name, double weightG, int year, int metal, int coinType);
+// The same with the metal's and the type's texts given.
+QString ItemCaption(const QString& name, double weightG, int year, const QString& metalText,
+                    const QString& coinTypeText);
