@@ -64,7 +64,8 @@ public:
     // Appends a catalogue result as a new item and posts it.
     void AppendCatalogueItem(const TMetalAsset& item);
 
-    // Event handlers of qDS_Items.
+    // Event handlers of qDS_Items. The module also takes its BeforeOpen, BeforeRefresh and
+    // BeforeCancel events (to take the caption texts from the language once per read).
     void qDS_ItemsAfterInsert(TDBDataset& dataset);
     void qDS_ItemsBeforePost(TDBDataset& dataset);
     void qDS_ItemsCalcFields(TDBDataset& dataset);
