@@ -11,7 +11,8 @@
 class TCoverPicture
 {
 public:
-    enum TKind : quint8 {
+    enum TKind : quint8
+    {
         kThumbnail = 0,
         kObverse = 1,
         kReverse = 2,
