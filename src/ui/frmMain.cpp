@@ -144,6 +144,10 @@ TORVMainForm::TORVMainForm(TDM_InternalData& data, QWidget* parent)
         UpdateActions();
         UpdateItemCount();
     });
+    connect(m_data.qDS_Items, &TDBDataset::stateChanged, this, [this] {
+        UpdateActions();
+        UpdateItemCount();
+    });
     connect(m_data.qDS_Items, &TDBDataset::afterReset, this, &TORVMainForm::UpdateItemCount);
     connect(m_data.qDS_Items, &TDBDataset::afterInsertRow, this, &TORVMainForm::UpdateItemCount);
     connect(m_data.qDS_Items, &TDBDataset::afterRemoveRow, this, &TORVMainForm::UpdateItemCount);

@@ -458,7 +458,10 @@ private slots:
         TDM_InternalData data;
         TORVMainForm form(data);
         const QString file = MakeCollection(QStringLiteral("spot.db"));
+        QVERIFY(!form.actDBProperties()->isEnabled());
         QVERIFY(data.ConnectDatabase(file));
+        // The rule follows the connection at once, not only when the loop next falls idle.
+        QVERIFY(form.actDBProperties()->isEnabled());
         QCOMPARE(form.SpotButton(mtPlatinum)->text(), QStringLiteral("Platinum"));
 
         ExecSql(file, "INSERT INTO tblCoins (Name, Metal, WeightG) VALUES ('Eagle', 0, 31.1035)");
@@ -483,6 +486,9 @@ private slots:
             QStringLiteral(R"([{"BaseCurrency":"XAU","Price":1,"DateC":"later","ChangeAbs":-1}])"), Currency);
         QCOMPARE(form.SpotButton(mtGold)->toolTip(), QStringLiteral("Last updated: later"));
         QCOMPARE(form.SpotButton(mtSilver)->toolTip(), QStringLiteral("Last updated: 2024-05-06 10:01"));
+        data.ADConnection->close();
+        QVERIFY(!form.actDBProperties()->isEnabled());
+        QCOMPARE(form.lItems()->text(), QStringLiteral("< No data to display >"));
         FinalizeSettings();
     }
 
