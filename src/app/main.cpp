@@ -1,11 +1,8 @@
-#include <QApplication>
-#include <QMainWindow>
+#include "uOrvaneApplication.h"
+#include "uStartup.h"
 
 int main(int argc, char* argv[])
 {
-    QApplication app(argc, argv);
-    QMainWindow window;
-    window.setWindowTitle(QStringLiteral("Orvane"));
-    window.show();
-    return app.exec();
+    TOrvaneApplication app(argc, argv);
+    return RunOrvane();
 }

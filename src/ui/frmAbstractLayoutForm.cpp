@@ -18,11 +18,10 @@ QString TextOr(const QString& key, const QString& fallback)
     return text.isEmpty() ? fallback : text;
 }
 
-// The reading direction of the current language. The language object sets the application's
-// layout direction from its BiDiMode when it loads a language.
+// The reading direction of the current language, from its BiDiMode.
 bool LanguageRightToLeft()
 {
-    return QGuiApplication::layoutDirection() == Qt::RightToLeft;
+    return LanguageIsRightToLeft();
 }
 
 } // namespace
