@@ -203,8 +203,8 @@ bool TMainController::ConnectLastDatabase()
 
 void TMainController::StartFirstSpotRefresh()
 {
-    // The spot service is reached through the catalogue's download workers; until they are wired
-    // to the spot list this asks for nothing, and the buttons keep their first texts.
+    // Runs in the background; the list's OnLoaded handler updates the buttons and the values.
+    SpotPrices().Refresh();
 }
 
 void TMainController::CloseQuery()

@@ -1,5 +1,6 @@
 #include "uStartup.h"
 
+#include "dmImages.h"
 #include "dmInternalData.h"
 #include "frmMain.h"
 #include "frmSplash.h"
@@ -40,7 +41,8 @@ void TOrvaneStartup::CreateForms()
     }
     QApplication::setQuitOnLastWindowClosed(false);
 
-    // 4. DataModuleImages: the image data module is created here, before DM_InternalData.
+    // 4. The image data module: blank pictures and the shared editors with their dictionaries.
+    m_images = std::make_unique<TDataModuleImages>();
 
     // 5. The data module, connected to nothing yet.
     m_data = std::make_unique<TDM_InternalData>();
@@ -68,6 +70,7 @@ void TOrvaneStartup::DestroyForms()
 {
     m_mainForm.reset();
     m_data.reset();
+    m_images.reset();
     m_splash.reset();
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 
 class TDM_InternalData;
+class TDataModuleImages;
 class TORVMainForm;
 class TSplashForm;
 
@@ -59,6 +60,7 @@ private:
     bool m_presenterInstalled = false;
     bool m_shutDown = false;
     std::unique_ptr<TSplashForm> m_splash;
+    std::unique_ptr<TDataModuleImages> m_images;
     std::unique_ptr<TDM_InternalData> m_data;
     std::unique_ptr<TORVMainForm> m_mainForm;
 };

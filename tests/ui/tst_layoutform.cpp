@@ -1,6 +1,7 @@
 // The fixed-dialog base: descendants' text and style overrides, buttons, size and placement.
 
 #include "frmAbstractLayoutForm.h"
+#include "uZTStrings.h"
 
 #include <QGuiApplication>
 #include <QLabel>
@@ -113,11 +114,15 @@ private slots:
 
     void rightToLeftFollowsTheLanguage()
     {
-        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+        const QByteArray rtl = R"(<?xml version="1.0" encoding="utf-8"?>
+<Language name="Test RTL" BiDiMode="RightToLeft"><String name="cSbtnOK">OK</String></Language>)";
+        const QByteArray ltr = R"(<?xml version="1.0" encoding="utf-8"?>
+<Language name="Test LTR" BiDiMode="LeftToRight"><String name="cSbtnOK">OK</String></Language>)";
+        QVERIFY(XMLLanguage().LoadFromData(rtl, "rtl"));
         TSampleForm form;
         form.show();
         QCOMPARE(form.layoutDirection(), Qt::RightToLeft);
-        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+        QVERIFY(XMLLanguage().LoadFromData(ltr, "ltr"));
         form.ApplyTexts();
         QCOMPARE(form.layoutDirection(), Qt::LeftToRight);
     }
