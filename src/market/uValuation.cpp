@@ -32,5 +32,14 @@ QString FormatUsersCurrency(double value, const QString& currency, const QLocale
     QString symbol = code;
     if (code.isEmpty() || code.compare(locale.currencySymbol(QLocale::CurrencyIsoCode), Qt::CaseInsensitive) == 0)
         symbol = locale.currencySymbol(QLocale::CurrencySymbol);
-    return locale.toCurrencyString(value, symbol, 2);
+    QString text = locale.toCurrencyString(value, symbol, 2);
+    // A currency code stands apart from the number: "2,331.50 USD", not "2,331.50USD".
+    if (symbol == code && !code.isEmpty()) {
+        const qsizetype at = text.indexOf(code);
+        if (at > 0 && text.at(at - 1).isDigit())
+            text.insert(at, u'\u00A0');
+        else if (at >= 0 && at + code.size() < text.size() && text.at(at + code.size()).isDigit())
+            text.insert(at + code.size(), u'\u00A0');
+    }
+    return text;
 }

@@ -130,6 +130,10 @@ private slots:
         QCOMPARE(FormatUsersCurrency(1234.5, "USD", us), QString("$1,234.50"));
         QVERIFY(FormatUsersCurrency(1234.5, "EUR", us).contains("EUR"));
         QVERIFY(FormatUsersCurrency(1234.5, "EUR", us).contains("1,234.50"));
+        // A code never runs into the digits.
+        const QString c = FormatUsersCurrency(2331.5, "USD", QLocale::c());
+        QVERIFY2(!c.contains("0USD") && !c.contains("USD2"), qPrintable(c));
+        QVERIFY(c.contains("USD"));
         const QLocale de(QLocale::German, QLocale::Germany);
         QVERIFY(FormatUsersCurrency(1234.5, "EUR", de).contains(QString::fromUtf8("€")));
         QVERIFY(FormatUsersCurrency(1234.5, "EUR", de).contains("1.234,50"));
