@@ -98,7 +98,8 @@ int main(int argc, char** argv)
     qint64 sourceTotal = 0;
     qint64 thumbTotal = 0;
     for (int metal = 0; metal < 6; ++metal) {
-        for (const auto& [coinType, obverse] : {std::pair{0, true}, std::pair{0, false}, std::pair{3, true}}) {
+        for (const auto& [coinType, obverse] :
+             {std::pair{0, true}, std::pair{0, false}, std::pair{3, true}}) {
             const QByteArray source = BlankPicture(metal, coinType, obverse);
             QByteArray blank;
             const double ms = medianMs(runs, [&] { blank = MakeThumbnail(source); });
@@ -106,11 +107,11 @@ int main(int argc, char** argv)
             const QImage img = QImage::fromData(blank);
             sourceTotal += source.size();
             thumbTotal += blank.size();
-            out << u"  %1 %2x%3 %4 colours, %5 bytes -> %6x%7 %8, %9 bytes, median %10 ms"_s
+            out << u"  %1 %2x%3 %4, %5 bytes -> %6x%7 %8, %9 bytes, median %10 ms"_s
                        .arg(BlankPictureName(metal, coinType, obverse), -28)
                        .arg(in.width())
                        .arg(in.height())
-                       .arg(in.colorCount() > 0 ? QString::number(in.colorCount()) : u"ARGB"_s)
+                       .arg(in.colorCount() > 0 ? u"%1 colours"_s.arg(in.colorCount()) : u"ARGB"_s, -10)
                        .arg(source.size(), 6)
                        .arg(img.width())
                        .arg(img.height())

@@ -439,12 +439,16 @@ qint64 thumbnailSize(const QImage& img)
 // finer the steps of the gradients, and the more bytes.
 QImage paletted(const QImage& drawing)
 {
+    const PaletteQuantizer quantizer(drawing);
+    QImage best = quantizer.quantize(256);
+    if (thumbnailSize(best) <= kThumbnailBudget)
+        return best;
+    best = QImage();
     int low = 16;
-    int high = 256;
-    QImage best;
+    int high = 255;
     while (low <= high) {
         const int colours = (low + high) / 2;
-        QImage img = PaletteQuantizer(colours).quantize(drawing);
+        QImage img = quantizer.quantize(colours);
         if (thumbnailSize(img) <= kThumbnailBudget) {
             best = img;
             low = colours + 1;
@@ -452,7 +456,7 @@ QImage paletted(const QImage& drawing)
             high = colours - 1;
         }
     }
-    return best.isNull() ? PaletteQuantizer(16).quantize(drawing) : best;
+    return best.isNull() ? quantizer.quantize(16) : best;
 }
 
 bool save(const QImage& drawing, const QDir& dir, const QString& name, bool stats)

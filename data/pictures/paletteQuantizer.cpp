@@ -18,13 +18,7 @@ constexpr int kRounds = 16;
 
 using Vec = std::array<double, 4>; // alpha, red, green, blue, premultiplied
 
-// One distinct colour of the drawing and how much its pixels count.
-struct Bin
-{
-    Vec v;
-    double count;
-    QRgb pixel; // premultiplied ARGB
-};
+using Bin = PaletteQuantizer::Colour;
 
 double dist2(const Vec& a, const Vec& b)
 {
@@ -43,10 +37,10 @@ struct Moments
 
     void add(const Bin& b)
     {
-        weight += b.count;
+        weight += b.weight;
         for (std::size_t k = 0; k < 4; ++k) {
-            sum[k] += b.count * b.v[k];
-            squares += b.count * b.v[k] * b.v[k];
+            sum[k] += b.weight * b.v[k];
+            squares += b.weight * b.v[k] * b.v[k];
         }
     }
     Moments minus(const Moments& o) const
@@ -144,31 +138,36 @@ int clampChannel(double v)
 
 } // namespace
 
-QImage PaletteQuantizer::quantize(const QImage& drawing) const
+PaletteQuantizer::PaletteQuantizer(const QImage& drawing)
+    : m_source(drawing.convertToFormat(QImage::Format_ARGB32_Premultiplied))
 {
-    const QImage source = drawing.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-
-    // The distinct colours, opaque ones first; fully transparent pixels stay out.
+    // Fully transparent pixels stay out: they all take entry 0.
     QHash<QRgb, double> weights;
-    for (int y = 0; y < source.height(); ++y) {
-        const auto* line = reinterpret_cast<const QRgb*>(source.constScanLine(y));
-        for (int x = 0; x < source.width(); ++x) {
+    for (int y = 0; y < m_source.height(); ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(m_source.constScanLine(y));
+        for (int x = 0; x < m_source.width(); ++x) {
             if (qAlpha(line[x]) == 0)
                 continue;
-            const double contrast = qAlpha(line[x]) == 255 ? localContrast(source, x, y) : 0.0;
+            const double contrast = qAlpha(line[x]) == 255 ? localContrast(m_source, x, y) : 0.0;
             weights[line[x]] += contrast <= kSmooth ? 1.0 : kSmooth / contrast;
         }
     }
-    std::vector<Bin> bins;
-    bins.reserve(std::size_t(weights.size()));
+    m_colours.reserve(std::size_t(weights.size()));
     for (auto it = weights.cbegin(); it != weights.cend(); ++it) {
         const QRgb p = it.key();
-        bins.push_back(
+        m_colours.push_back(
             {{double(qAlpha(p)), double(qRed(p)), double(qGreen(p)), double(qBlue(p))}, it.value(), p});
     }
-    const auto firstTranslucent =
-        std::partition(bins.begin(), bins.end(), [](const Bin& b) { return qAlpha(b.pixel) == 255; });
-    const std::size_t opaqueCount = std::size_t(firstTranslucent - bins.begin());
+    const auto firstTranslucent = std::partition(m_colours.begin(), m_colours.end(),
+                                                 [](const Colour& c) { return qAlpha(c.pixel) == 255; });
+    m_opaqueCount = std::size_t(firstTranslucent - m_colours.begin());
+}
+
+QImage PaletteQuantizer::quantize(int colours) const
+{
+    const QImage& source = m_source;
+    std::vector<Bin> bins = m_colours;
+    const std::size_t opaqueCount = m_opaqueCount;
 
     // Median cut: split the box whose best split removes the most error until the palette is full.
     std::vector<Box> boxes;
@@ -178,7 +177,7 @@ QImage PaletteQuantizer::quantize(const QImage& drawing) const
         boxes.push_back({opaqueCount, bins.size(), true, {}, 0, 0, 0});
     for (Box& box : boxes)
         evaluate(bins, box);
-    const std::size_t maxBoxes = std::size_t(std::clamp(m_colours, 2, 256) - 1);
+    const std::size_t maxBoxes = std::size_t(std::clamp(colours, 2, 256) - 1);
     while (boxes.size() < maxBoxes) {
         const auto best = std::max_element(boxes.begin(), boxes.end(),
                                            [](const Box& a, const Box& b) { return a.gain < b.gain; });
@@ -195,11 +194,11 @@ QImage PaletteQuantizer::quantize(const QImage& drawing) const
     // k-means from there, each colour staying with the centroids of its class.
     const std::size_t k = boxes.size();
     std::vector<Vec> centroids(k);
-    std::vector<bool> translucent(k);
     std::vector<std::size_t> assigned(bins.size());
+    std::array<std::vector<std::size_t>, 2> classes; // the opaque centroids, the translucent ones
     for (std::size_t c = 0; c < k; ++c) {
         centroids[c] = boxes[c].moments.mean();
-        translucent[c] = boxes[c].translucent;
+        classes[boxes[c].translucent ? 1 : 0].push_back(c);
         for (std::size_t i = boxes[c].begin; i < boxes[c].end; ++i)
             assigned[i] = c;
     }
@@ -213,9 +212,9 @@ QImage PaletteQuantizer::quantize(const QImage& drawing) const
         for (std::size_t i = 0; i < bins.size(); ++i) {
             std::size_t best = assigned[i];
             double bestDist = dist2(bins[i].v, centroids[best]);
-            for (std::size_t c = 0; c < k; ++c) {
+            for (const std::size_t c : classes[qAlpha(bins[i].pixel) == 255 ? 0 : 1]) {
                 // A centroid twice as far from the current one as this colour cannot be nearer.
-                if (c == best || translucent[c] != translucent[best] || between[best * k + c] >= 4 * bestDist)
+                if (c == best || between[best * k + c] >= 4 * bestDist)
                     continue;
                 const double d = dist2(bins[i].v, centroids[c]);
                 if (d < bestDist) {
@@ -243,7 +242,7 @@ QImage PaletteQuantizer::quantize(const QImage& drawing) const
     std::vector<QRgb> entries(k);
     for (std::size_t c = 0; c < k; ++c) {
         const Vec& v = centroids[c];
-        if (!translucent[c]) {
+        if (!boxes[c].translucent) {
             entries[c] = qRgba(clampChannel(v[1]), clampChannel(v[2]), clampChannel(v[3]), 255);
         } else {
             const int alpha = std::clamp(int(std::lround(v[0])), 1, 254);

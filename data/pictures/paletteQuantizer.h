@@ -2,6 +2,9 @@
 
 #include <QImage>
 
+#include <array>
+#include <vector>
+
 // Reduces a drawing with a transparent background to an 8-bit palette picture (Format_Indexed8 with
 // an alpha-capable colour table) for a small palette PNG.
 //
@@ -23,13 +26,24 @@ public:
         double smoothMeanAbs = 0; // mean over the opaque pixels of smooth areas, where bands would show
     };
 
-    // colours: the palette size, the transparent entry included (2 to 256).
-    explicit PaletteQuantizer(int colours) : m_colours(colours) {}
+    // One distinct colour of the drawing and how much its pixels count.
+    struct Colour
+    {
+        std::array<double, 4> v; // alpha, red, green, blue, premultiplied
+        double weight;
+        QRgb pixel; // premultiplied ARGB
+    };
 
-    QImage quantize(const QImage& drawing) const;
+    explicit PaletteQuantizer(const QImage& drawing);
+
+    // The palette picture with at most the given number of colours, the transparent entry included
+    // (2 to 256).
+    QImage quantize(int colours) const;
 
     static Error compare(const QImage& drawing, const QImage& picture);
 
 private:
-    int m_colours;
+    QImage m_source;               // the drawing, premultiplied
+    std::vector<Colour> m_colours; // the opaque ones first
+    std::size_t m_opaqueCount = 0;
 };
