@@ -1,8 +1,14 @@
 // Build-time generator of the blank item pictures: a coin obverse, a coin reverse and a bar for each
-// of the six metals, drawn with QPainter and written as PNG files with a transparent background.
+// of the six metals, drawn with QPainter on a transparent background and written as 8-bit palette
+// PNG files. The coins are 200 x 200 and the bars 360 x 200 pixels: the size of a thumbnail, so that
+// the thumbnail of a blank picture is the picture itself.
 //
-// Usage: mkpictures <output folder> <font folder>
+// Usage: mkpictures <output folder> <font folder> [--stats]
+//   --stats  prints for each picture its size and how far the palette is from the drawing
 
+#include "paletteQuantizer.h"
+
+#include <QBuffer>
 #include <QColor>
 #include <QConicalGradient>
 #include <QDir>
@@ -10,6 +16,7 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QImage>
+#include <QImageWriter>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
@@ -193,6 +200,7 @@ QPainterPath branchPath(QPointF c, double radius, bool leftSide)
 // The common parts of both faces: rim, field, bead circle.
 void drawCoinBody(QPainter& p, const MetalLook& m, QPointF c, double r)
 {
+    const double px = r / 126.0; // relief depths are given for a piece of radius 126
     // Edge of the piece, dark so that it stands off any background.
     p.setPen(Qt::NoPen);
     p.setBrush(m.dark);
@@ -200,12 +208,12 @@ void drawCoinBody(QPainter& p, const MetalLook& m, QPointF c, double r)
 
     // The raised rim, lit from the upper left.
     const QRectF box(c.x() - r, c.y() - r, 2 * r, 2 * r);
-    p.fillPath(circlePath(c, r - 1.5), litGradient(box, m));
+    p.fillPath(circlePath(c, r - 1.5 * px), litGradient(box, m));
     // Turned metal catches the light in bands around the rim.
     QConicalGradient turned(c, 45.0);
     for (int i = 0; i <= 8; ++i)
         turned.setColorAt(i / 8.0, (i % 2 == 0) ? QColor(255, 255, 255, 70) : QColor(0, 0, 0, 30));
-    p.fillPath(circlePath(c, r - 1.5), turned);
+    p.fillPath(circlePath(c, r - 1.5 * px), turned);
 
     // Inner wall of the rim: the step down to the field, lit the other way.
     const double rimInner = r * 0.885;
@@ -215,11 +223,13 @@ void drawCoinBody(QPainter& p, const MetalLook& m, QPointF c, double r)
     wall.setColorAt(1.0, m.light);
     p.fillPath(circlePath(c, rimInner), wall);
 
-    // The field: polished, brightest towards the upper left.
+    // The field: polished, brightest towards the upper left. The light falls along one diagonal, so
+    // that the shading is the same along the other: straight, even steps in the palette picture.
     const double fieldR = rimInner - r * 0.025;
-    QRadialGradient field(c, fieldR, QPointF(c.x() - fieldR * 0.45, c.y() - fieldR * 0.5));
+    const QRectF fieldBox(c.x() - fieldR, c.y() - fieldR, 2 * fieldR, 2 * fieldR);
+    QLinearGradient field(fieldBox.topLeft(), fieldBox.bottomRight());
     field.setColorAt(0.0, mix(m.light, m.base, 0.15));
-    field.setColorAt(0.55, m.base);
+    field.setColorAt(0.5, m.base);
     field.setColorAt(1.0, mix(m.base, m.dark, 0.45));
     p.fillPath(circlePath(c, fieldR), field);
 
@@ -249,46 +259,52 @@ void drawCoinBody(QPainter& p, const MetalLook& m, QPointF c, double r)
         beadsPath.addEllipse(QPointF(c.x() + beadRing * std::cos(a), c.y() + beadRing * std::sin(a)),
                              r * 0.018, r * 0.018);
     }
-    raised(p, beadsPath, m, 0.8);
+    raised(p, beadsPath, m, 0.8 * px);
 }
+
+// Coins are drawn at the thumbnail height.
+const int kCoinSize = 200;
 
 QImage drawCoinObverse(const MetalLook& m)
 {
-    const int size = 256;
+    const int size = kCoinSize;
     QImage img(size, size, QImage::Format_ARGB32_Premultiplied);
     img.fill(Qt::transparent);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing);
     const QPointF c(size / 2.0, size / 2.0);
     const double r = size / 2.0 - 2.0;
+    const double px = r / 126.0;
     drawCoinBody(p, m, c, r);
 
     // Laurel wreath around the symbol, open at the top.
     const double wreathR = r * 0.62;
     QPainterPath wreath = branchPath(c, wreathR, true).united(branchPath(c, wreathR, false));
-    raised(p, wreath, m, 1.0);
+    raised(p, wreath, m, 1.0 * px);
 
     // Star in the opening of the wreath.
-    raised(p, starPath(QPointF(c.x(), c.y() - wreathR * 1.02), r * 0.075, r * 0.03, 5), m, 0.9);
+    raised(p, starPath(QPointF(c.x(), c.y() - wreathR * 1.02), r * 0.075, r * 0.03, 5), m, 0.9 * px);
 
     // The metal's symbol, struck large in the middle.
-    raised(p, textPath(m.symbol, g_serifFamily, r * 0.62, QPointF(c.x(), c.y() - r * 0.02)), m, 2.0);
+    raised(p, textPath(m.symbol, g_serifFamily, r * 0.62, QPointF(c.x(), c.y() - r * 0.02)), m, 2.0 * px);
 
     // Three small stars below the symbol.
     for (int i = -1; i <= 1; ++i)
-        raised(p, starPath(QPointF(c.x() + i * r * 0.12, c.y() + r * 0.40), r * 0.035, r * 0.015, 5), m, 0.7);
+        raised(p, starPath(QPointF(c.x() + i * r * 0.12, c.y() + r * 0.40), r * 0.035, r * 0.015, 5), m,
+               0.7 * px);
     return img;
 }
 
 QImage drawCoinReverse(const MetalLook& m)
 {
-    const int size = 256;
+    const int size = kCoinSize;
     QImage img(size, size, QImage::Format_ARGB32_Premultiplied);
     img.fill(Qt::transparent);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing);
     const QPointF c(size / 2.0, size / 2.0);
     const double r = size / 2.0 - 2.0;
+    const double px = r / 126.0;
     drawCoinBody(p, m, c, r);
 
     // Sunburst: long and short rays in turn.
@@ -306,12 +322,12 @@ QImage drawCoinReverse(const MetalLook& m)
         ray.closeSubpath();
         rays.addPath(ray);
     }
-    raised(p, rays.simplified(), m, 0.8);
+    raised(p, rays.simplified(), m, 0.8 * px);
 
     // A ring and a compass star in the centre.
-    raised(p, ringPath(c, r * 0.31, r * 0.265), m, 0.9);
-    raised(p, starPath(c, r * 0.25, r * 0.085, 8, -90.0), m, 1.2);
-    raised(p, circlePath(c, r * 0.05), m, 0.8);
+    raised(p, ringPath(c, r * 0.31, r * 0.265), m, 0.9 * px);
+    raised(p, starPath(c, r * 0.25, r * 0.085, 8, -90.0), m, 1.2 * px);
+    raised(p, circlePath(c, r * 0.05), m, 0.8 * px);
     return img;
 }
 
@@ -405,12 +421,63 @@ QImage drawBar(const MetalLook& m)
     return img;
 }
 
-bool save(const QImage& img, const QDir& dir, const QString& name)
+// The most a blank picture may take as a thumbnail: it is stored with every item that has no photo.
+// The thumbnail of a blank picture is the picture itself, encoded with the encoder's defaults.
+// 11,000 bytes stay clear of 12 KB with other builds of the encoder and zlib.
+constexpr qint64 kThumbnailBudget = 11000;
+
+// The bytes of a picture as a thumbnail: PNG with the encoder's defaults.
+qint64 thumbnailSize(const QImage& img)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter(&buffer, "png").write(img);
+    return bytes.size();
+}
+
+// The palette picture of a drawing with as many colours as fit the budget: the more colours, the
+// finer the steps of the gradients, and the more bytes.
+QImage paletted(const QImage& drawing)
+{
+    const PaletteQuantizer quantizer(drawing);
+    QImage best = quantizer.quantize(256);
+    if (thumbnailSize(best) <= kThumbnailBudget)
+        return best;
+    best = QImage();
+    int low = 16;
+    int high = 255;
+    while (low <= high) {
+        const int colours = (low + high) / 2;
+        QImage img = quantizer.quantize(colours);
+        if (thumbnailSize(img) <= kThumbnailBudget) {
+            best = img;
+            low = colours + 1;
+        } else {
+            high = colours - 1;
+        }
+    }
+    return best.isNull() ? quantizer.quantize(16) : best;
+}
+
+bool save(const QImage& drawing, const QDir& dir, const QString& name, bool stats)
 {
     const QString path = dir.filePath(name + u".png"_s);
-    if (!img.save(path, "PNG")) {
-        QTextStream(stderr) << "mkpictures: cannot write " << path << Qt::endl;
+    const QImage img = paletted(drawing);
+    QImageWriter writer(path, "png");
+    writer.setQuality(0); // the smallest file for the resources
+    if (!writer.write(img)) {
+        QTextStream(stderr) << "mkpictures: cannot write " << path << ": " << writer.errorString()
+                            << Qt::endl;
         return false;
+    }
+    if (stats) {
+        const PaletteQuantizer::Error error = PaletteQuantizer::compare(drawing, img);
+        QTextStream(stdout) << name << ": " << img.width() << "x" << img.height() << ", " << img.colorCount()
+                            << " colours, " << thumbnailSize(img) << " bytes as a thumbnail; error mean "
+                            << QString::number(error.meanAbs, 'f', 2) << ", in smooth areas "
+                            << QString::number(error.smoothMeanAbs, 'f', 2) << ", max " << error.maxAbs
+                            << Qt::endl;
     }
     return true;
 }
@@ -433,7 +500,12 @@ int main(int argc, char** argv)
     QGuiApplication app(argc, argv);
     const QStringList args = app.arguments();
     if (args.size() < 3) {
-        QTextStream(stderr) << "usage: mkpictures <output folder> <font folder>" << Qt::endl;
+        QTextStream(stderr) << "usage: mkpictures <output folder> <font folder> [--stats]" << Qt::endl;
+        return 2;
+    }
+    const bool stats = args.size() > 3 && args.at(3) == u"--stats"_s;
+    if (args.size() > (stats ? 4 : 3)) {
+        QTextStream(stderr) << "mkpictures: unknown option " << args.last() << Qt::endl;
         return 2;
     }
     const QDir out(args.at(1));
@@ -446,9 +518,9 @@ int main(int argc, char** argv)
 
     bool ok = true;
     for (const MetalLook& m : kMetals) {
-        ok = save(drawCoinObverse(m), out, u"iBlankCoin"_s + m.name + u"Obverse"_s) && ok;
-        ok = save(drawCoinReverse(m), out, u"iBlankCoin"_s + m.name + u"Reverse"_s) && ok;
-        ok = save(drawBar(m), out, u"iBlankBar"_s + m.name) && ok;
+        ok = save(drawCoinObverse(m), out, u"iBlankCoin"_s + m.name + u"Obverse"_s, stats) && ok;
+        ok = save(drawCoinReverse(m), out, u"iBlankCoin"_s + m.name + u"Reverse"_s, stats) && ok;
+        ok = save(drawBar(m), out, u"iBlankBar"_s + m.name, stats) && ok;
     }
     return ok ? 0 : 1;
 }

@@ -25,6 +25,28 @@ QByteArray writableFormat(const QByteArray& format)
     return writable.contains(format) ? format : QByteArray("png");
 }
 
+bool hasColourTable(QImage::Format format)
+{
+    return format == QImage::Format_Indexed8 || format == QImage::Format_Mono ||
+           format == QImage::Format_MonoLSB;
+}
+
+// The picture at the thumbnail's size, smoothly scaled, in its own pixel format where that has a
+// colour table: a palette picture is scaled in full colour and then mapped back onto its own colours
+// (the nearest of each, without dithering), so that a palette PNG stays a small palette PNG.
+QImage scaledToThumbnail(const QImage& image, QSize target)
+{
+    if (image.size() == target)
+        return image;
+    const QImage::Format format = image.format();
+    if (!hasColourTable(format) || image.colorCount() == 0)
+        return image.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QImage full = image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
+                                                                      : QImage::Format_RGB32);
+    return full.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+        .convertToFormat(format, image.colorTable(), Qt::ThresholdDither | Qt::AvoidDither);
+}
+
 } // namespace
 
 int ThumbnailWidth(int width, int height)
@@ -52,14 +74,16 @@ QByteArray MakeThumbnail(const QByteArray& picture)
         raise(u"The picture cannot be read: "_s + reader.errorString());
 
     // Let the decoder do the scaling where it can: a JPEG is then decoded at a fraction of its size,
-    // which is far faster than decoding it whole and shrinking it afterwards.
+    // which is far faster than decoding it whole and shrinking it afterwards. A palette picture is
+    // read as it is stored, with its colour table, and scaled below.
     QSize target;
     const QSize stored = reader.size();
     if (stored.isValid() && stored.height() > 0) {
         const bool turned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
         const QSize upright = turned ? stored.transposed() : stored;
         target = QSize(ThumbnailWidth(upright.width(), upright.height()), ThumbnailHeight);
-        reader.setScaledSize(turned ? target.transposed() : target);
+        if (upright != target && !hasColourTable(reader.imageFormat()))
+            reader.setScaledSize(turned ? target.transposed() : target);
     }
 
     QImage image = reader.read();
@@ -67,8 +91,8 @@ QByteArray MakeThumbnail(const QByteArray& picture)
         raise(u"The picture cannot be read: "_s + reader.errorString());
     if (!target.isValid())
         target = QSize(ThumbnailWidth(image.width(), image.height()), ThumbnailHeight);
-    if (image.size() != target)
-        image = image.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    // A picture already at the thumbnail's size is encoded again as it was decoded.
+    image = scaledToThumbnail(image, target);
 
     QByteArray result;
     QBuffer output(&result);

@@ -22,8 +22,9 @@ int ThumbnailWidth(int width, int height);
 
 // Decodes the picture, scales it to ThumbnailHeight pixels high keeping its aspect ratio (small
 // pictures are scaled up) and encodes it again in the format it came in, with the encoder's own
-// defaults. A null picture gives a null result. Throws EThumbnailError for bytes that are no
-// readable picture.
+// defaults. A palette picture (such as an indexed PNG) gives a palette thumbnail over the source's own
+// colours; a picture already ThumbnailHeight high is not resampled. A null picture gives a null
+// result. Throws EThumbnailError for bytes that are no readable picture.
 QByteArray MakeThumbnail(const QByteArray& picture);
 
 // The same for a field value: NULL gives NULL, otherwise the value's bytes are used.

@@ -43,6 +43,64 @@ QSize sizeOf(const QByteArray& bytes)
     return QImage::fromData(bytes).size();
 }
 
+// A palette picture: a transparent margin around a ramp of 63 colours from deep blue to pale yellow,
+// half opaque in its lower left quarter; colours 0 and 1 only if two colours are asked for.
+QImage makePalettePicture(int w, int h, int colours)
+{
+    QList<QRgb> table = {qRgba(0, 0, 0, 0)};
+    for (int i = 1; i < colours; ++i) {
+        const int t = colours > 2 ? (i - 1) * 255 / (colours - 2) : 255;
+        table.append(qRgba(20 + t * 215 / 255, 30 + t * 200 / 255, 140 - t * 40 / 255, 255));
+    }
+    if (colours > 2) {
+        for (int i = 1; i < colours; i += 2)
+            table.append(qRgba(qRed(table.at(i)), qGreen(table.at(i)), qBlue(table.at(i)), 128));
+    }
+    QImage img(w, h, QImage::Format_Indexed8);
+    img.setColorTable(table);
+    const int margin = std::max(1, std::min(w, h) / 10);
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            int index = 0;
+            if (x >= margin && y >= margin && x < w - margin && y < h - margin) {
+                index = 1 + (x + y) * (colours - 1) / (w + h);
+                if (colours > 2 && x < w / 2 && y > h / 2)
+                    index = colours + (index - 1) / 2;
+            }
+            img.setPixel(x, y, uint(std::min(index, int(table.size()) - 1)));
+        }
+    }
+    return img;
+}
+
+QByteArray pngOf(const QImage& img)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    img.save(&buffer, "PNG");
+    return bytes;
+}
+
+// Mean absolute difference per channel of two pictures of one size, premultiplied, in 8-bit steps.
+double meanDifference(const QImage& a, const QImage& b)
+{
+    const QImage pa = a.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage pb = b.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (pa.size() != pb.size())
+        return 255;
+    double total = 0;
+    for (int y = 0; y < pa.height(); ++y) {
+        for (int x = 0; x < pa.width(); ++x) {
+            const QRgb p = pa.pixel(x, y);
+            const QRgb q = pb.pixel(x, y);
+            total += std::abs(qAlpha(p) - qAlpha(q)) + std::abs(qRed(p) - qRed(q)) +
+                     std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
+        }
+    }
+    return total / (4.0 * pa.width() * pa.height());
+}
+
 } // namespace
 
 class TestThumbnail : public QObject
@@ -64,7 +122,10 @@ private slots:
     void barSameBothSides();
     void allBlankPictures_data();
     void allBlankPictures();
+    void blankThumbnail_data();
     void blankThumbnail();
+    void paletteThumbnail_data();
+    void paletteThumbnail();
 };
 
 void TestThumbnail::width_data()
@@ -260,13 +321,76 @@ void TestThumbnail::allBlankPictures()
     QCOMPARE(qAlpha(img.pixel(img.width() / 2, img.height() / 2)), 255);
 }
 
-// What an item without a photo stores: the thumbnail of its blank picture.
+// What an item without a photo stores: the thumbnail of its blank picture. It is kept with every such
+// item, so it has to stay small; the pictures are drawn at the thumbnail's height, so the thumbnail
+// shows the picture's own pixels.
+void TestThumbnail::blankThumbnail_data()
+{
+    allBlankPictures_data();
+}
+
 void TestThumbnail::blankThumbnail()
 {
-    const QByteArray thumb = MakeThumbnail(BlankPicture(0, 3, true));
+    QFETCH(int, metal);
+    QFETCH(int, coinType);
+    QFETCH(bool, obverse);
+    const QByteArray picture = BlankPicture(metal, coinType, obverse);
+    const QByteArray thumb = MakeThumbnail(picture);
+    QVERIFY2(thumb.size() <= 12 * 1024, QByteArray::number(thumb.size()).constData());
     QCOMPARE(formatOf(thumb), QByteArray("png"));
-    QCOMPARE(sizeOf(thumb), QSize(360, 200));
-    QCOMPARE(sizeOf(MakeThumbnail(BlankPicture(1, 0, false))), QSize(200, 200));
+    const QImage source = QImage::fromData(picture, "PNG");
+    const QImage img = QImage::fromData(thumb, "PNG");
+    QCOMPARE(img.height(), ThumbnailHeight);
+    QCOMPARE(img.size(), source.size());
+    QCOMPARE(img.size(), coinType == 3 ? QSize(360, 200) : QSize(200, 200));
+    QCOMPARE(img.format(), QImage::Format_Indexed8);
+    QVERIFY(img.colorCount() <= 256);
+    QVERIFY(meanDifference(source, img) < 0.5);
+    QCOMPARE(qAlpha(img.pixel(0, 0)), 0);
+    QCOMPARE(qAlpha(img.pixel(img.width() / 2, img.height() / 2)), 255);
+}
+
+// A palette PNG gives a palette PNG thumbnail over the source's own colours, close to the picture
+// smoothly scaled in full colour.
+void TestThumbnail::paletteThumbnail_data()
+{
+    QTest::addColumn<int>("w");
+    QTest::addColumn<int>("h");
+    QTest::addColumn<int>("colours");
+    QTest::addColumn<QSize>("expected");
+    QTest::newRow("shrunk") << 400 << 300 << 64 << QSize(267, 200);
+    QTest::newRow("enlarged") << 100 << 50 << 64 << QSize(400, 200);
+    QTest::newRow("tall") << 150 << 900 << 64 << QSize(33, 200);
+    QTest::newRow("already 200 high") << 321 << 200 << 64 << QSize(321, 200);
+    QTest::newRow("two colours") << 300 << 150 << 2 << QSize(400, 200);
+}
+
+void TestThumbnail::paletteThumbnail()
+{
+    QFETCH(int, w);
+    QFETCH(int, h);
+    QFETCH(int, colours);
+    QFETCH(QSize, expected);
+    const QByteArray picture = pngOf(makePalettePicture(w, h, colours));
+    const QImage source = QImage::fromData(picture, "PNG");
+    QVERIFY(source.colorCount() > 0);
+
+    const QByteArray thumb = MakeThumbnail(picture);
+    QCOMPARE(formatOf(thumb), QByteArray("png"));
+    const QImage img = QImage::fromData(thumb, "PNG");
+    QCOMPARE(img.size(), expected);
+    QCOMPARE(img.format(), source.format());
+    for (const QRgb colour : img.colorTable())
+        QVERIFY(source.colorTable().contains(colour));
+
+    if (source.size() == expected) {
+        QCOMPARE(img.convertToFormat(QImage::Format_ARGB32), source.convertToFormat(QImage::Format_ARGB32));
+    } else {
+        const QImage reference = source.convertToFormat(QImage::Format_ARGB32_Premultiplied)
+                                     .scaled(expected, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        const double difference = meanDifference(reference, img);
+        QVERIFY2(difference < (colours > 2 ? 3.0 : 12.0), QByteArray::number(difference).constData());
+    }
 }
 
 QTEST_GUILESS_MAIN(TestThumbnail)
