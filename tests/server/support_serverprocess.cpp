@@ -135,16 +135,3 @@ QJsonArray DecipherArray(const QByteArray& body)
         return QJsonArray{"not an array"};
     return doc.array();
 }
-
-QByteArray RunTool(const QString& program, const QStringList& arguments, const QByteArray& input)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForStarted(10000))
-        return {};
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(30000) || process.exitCode() != 0)
-        return {};
-    return process.readAllStandardOutput();
-}
