@@ -42,7 +42,8 @@ private slots:
     void init()
     {
         QVERIFY(m_dir.isValid());
-        m_conn = DBTest::createCollection(m_dir.filePath(QString("model%1.db").arg(QTest::currentTestFunction())));
+        m_conn =
+            DBTest::createCollection(m_dir.filePath(QString("model%1.db").arg(QTest::currentTestFunction())));
         for (const char* name : {"Delta", "Alpha", "Charlie"})
             DBTest::insertCoin(*m_conn, QString::fromLatin1(name), name[0] == 'A' ? 0 : 1, 31.1035, 2, 10.0);
         m_ds = std::make_unique<TDBDataset>(m_conn.get());

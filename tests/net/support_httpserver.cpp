@@ -174,7 +174,7 @@ private:
             m_socket->write("HTTP/1.1 200 OK\r\nContent-Length: 10\r\nConnection: close\r\n\r\n");
             QTimer::singleShot(10000, this, [this] { m_socket->abort(); });
         } else if (path.startsWith("/hold/")) {
-            StartHold(path.mid(6));
+            StartCanned({200, path.mid(6), path.mid(6)});
         } else if (path.startsWith("/image/")) {
             Send(200, "OK", CachedPng(path.mid(7).split('?').value(0).toInt()),
                  "Content-Type: image/png\r\n");
@@ -235,19 +235,6 @@ private:
             ++m_slowSent;
         });
         m_slowTimer->start(50);
-    }
-
-    void StartHold(const QByteArray& id)
-    {
-        m_holdClock.start();
-        auto* timer = new QTimer(this);
-        connect(timer, &QTimer::timeout, this, [this, timer, id] {
-            if (m_owner->IsReleased(id) || m_holdClock.hasExpired(30000)) {
-                timer->stop();
-                Send(200, "OK", id);
-            }
-        });
-        timer->start(10);
     }
 
     static constexpr int cSlowSize = 2000;

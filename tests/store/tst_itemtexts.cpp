@@ -18,7 +18,6 @@ private slots:
     {
         QTest::addColumn<double>("grams");
         QTest::addColumn<QString>("text");
-
         AddRow("15.55 g", 15.55, "½ oz");
         AddRow("7.78 g", 7.78, "¼ oz");
         AddRow("3.11 g", 3.11, "1/10 oz");
@@ -55,7 +54,6 @@ private slots:
         QTest::addColumn<QLocale>("locale");
         QTest::addColumn<double>("grams");
         QTest::addColumn<QString>("text");
-
         const QLocale german(QLocale::German, QLocale::Germany);
         AddRow("de grams", german, 2.5, "2,5 g");
         AddRow("de kilograms", german, 1234.5, "1,23 kg");
@@ -83,7 +81,6 @@ private slots:
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("metal");
         QTest::addColumn<QString>("coinType");
-
         AddRow("0", 0, "Gold", "Coin");
         AddRow("1", 1, "Silver", "Rectangular coin");
         AddRow("2", 2, "Platinum", "Round");
@@ -116,7 +113,6 @@ private slots:
         QTest::addColumn<int>("metal");
         QTest::addColumn<int>("coinType");
         QTest::addColumn<QString>("caption");
-
         AddRow("with year", "Eagle", TroyOunceGrams, 2012, 0, 0, "Eagle 1 oz 2012 Gold Coin");
         AddRow("without year", "Maple", TroyOunceGrams, 0, 1, 0, "Maple 1 oz Silver Coin");
         AddRow("bar in grams", "Valcambi", 100.0, 0, 2, 3, "Valcambi 100 g Platinum Bar");
