@@ -224,10 +224,8 @@ private slots:
         AddRow("number min", 1, QVariant(std::numeric_limits<qlonglong>::min()), "-9223372036854775808");
         AddRow("float tenth", 2, QVariant(0.1), "0.1");
         AddRow("float third", 2, QVariant(1.0 / 3.0), "0.3333333333333333");
-        AddRow("float whole", 2, QVariant(100.0), "100");
         AddRow("float huge", 2, QVariant(1e21), "1e+21");
         AddRow("float denormal", 2, QVariant(std::numeric_limits<double>::denorm_min()), "5e-324");
-        AddRow("currency", 3, QVariant(1234.56), "1234.56");
         AddRow("boolean true", 4, QVariant(true), "1");
         AddRow("boolean false", 4, QVariant(false), "0");
     }
@@ -250,17 +248,12 @@ private slots:
         QTest::addColumn<int>("dataType");
         QTest::addColumn<QString>("text");
         AddRow("number: fraction", 1, "12.5");
-        AddRow("number: grouped", 1, "1,000");
         AddRow("number: blank", 1, "   ");
         AddRow("number: overflow", 1, "9223372036854775808");
-        AddRow("number: trailing word", 1, "12 coins");
         AddRow("float: comma decimal", 2, "1,5");
         AddRow("float: nan", 2, "nan");
-        AddRow("float: inf", 2, "inf");
-        AddRow("float: two points", 2, "1.2.3");
         AddRow("currency: symbol", 3, "$12.00");
         AddRow("boolean: word", 4, "true");
-        AddRow("boolean: two", 4, "2");
         AddRow("boolean: empty", 4, "");
         AddRow("text: null", 0, QString());
     }

@@ -6,15 +6,15 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
-#include <QPointer>
 #include <QRandomGenerator>
+#include <QSslCertificate>
+#include <QSslKey>
 #include <QSslSocket>
 #include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 #include <QUrl>
-#include <QUrlQuery>
 
 #include <zlib.h>
 

@@ -13,7 +13,6 @@
 #include <QBuffer>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QNetworkReply>
 #include <QtTest>
 
 #include <atomic>

@@ -8,7 +8,6 @@
 #include <QJsonDocument>
 #include <QNetworkReply>
 #include <QRegularExpression>
-#include <QSslCertificate>
 #include <QTcpSocket>
 #include <QTimer>
 

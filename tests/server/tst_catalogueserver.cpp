@@ -6,16 +6,12 @@
 #include "support_serverprocess.h"
 #include "uPayloadKeys.h"
 
-#include <QCryptographicHash>
-#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QJsonObject>
-#include <QNetworkReply>
 #include <QRegularExpression>
 #include <QSet>
 #include <QSslCertificate>
-#include <QStandardPaths>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QtTest>

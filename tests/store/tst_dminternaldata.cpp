@@ -15,7 +15,6 @@
 #include "uZTStrings.h"
 #include "uZTTypes.h"
 
-#include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -329,37 +328,43 @@ private slots:
         QCOMPARE(F("Caption").asString(), caption);
     }
 
-    // One troy ounce of gold; the values are SpotValue, LiquidationValue, ROI, SpotValuexQty,
+    // Gold; the values are SpotValue, LiquidationValue, ROI, SpotValuexQty,
     // LiquidationValuexQty, ROIxQty and ROIPercent (NaN for NULL).
     void valuation_data()
     {
         QTest::addColumn<double>("spot");
+        QTest::addColumn<double>("grams");
         QTest::addColumn<QVariant>("qty");
         QTest::addColumn<QVariant>("price");
         QTest::addColumn<QVariant>("premium");
         QTest::addColumn<QString>("purity");
         QTest::addColumn<QList<double>>("values");
         const double n = kNull;
-        AddRow("spot 1000, premium 50", 1000.0, QVariant(1), QVariant(900.0), QVariant(50.0), ".999",
-               QList<double>{1000, 1050, 150, 1000, 1050, 150, 150.0 / 900 * 100});
-        AddRow("purity text ignored", 1000.0, QVariant(1), QVariant(900.0), QVariant(50.0), ".500",
-               QList<double>{1000, 1050, 150, 1000, 1050, 150, 150.0 / 900 * 100});
-        AddRow("no spot", 0.0, QVariant(1), QVariant(900.0), QVariant(50.0), ".999",
+        AddRow("spot 1000, premium 50", 1000.0, TroyOunceGrams, QVariant(1), QVariant(900.0), QVariant(50.0),
+               ".999", QList<double>{1000, 1050, 150, 1000, 1050, 150, 150.0 / 900 * 100});
+        AddRow("purity text ignored", 1000.0, TroyOunceGrams, QVariant(1), QVariant(900.0), QVariant(50.0),
+               ".500", QList<double>{1000, 1050, 150, 1000, 1050, 150, 150.0 / 900 * 100});
+        AddRow("no spot", 0.0, TroyOunceGrams, QVariant(1), QVariant(900.0), QVariant(50.0), ".999",
                QList<double>{0, 50, n, 0, 50, n, n});
-        AddRow("TotalPrice 0", 1000.0, QVariant(1), QVariant(0.0), QVariant(0.0), ".999",
+        AddRow("TotalPrice 0", 1000.0, TroyOunceGrams, QVariant(1), QVariant(0.0), QVariant(0.0), ".999",
                QList<double>{1000, 1000, n, 1000, 1000, n, n});
-        AddRow("Price NULL", 1000.0, QVariant(1), QVariant(), QVariant(0.0), ".999",
+        AddRow("Price NULL", 1000.0, TroyOunceGrams, QVariant(1), QVariant(), QVariant(0.0), ".999",
                QList<double>{1000, 1000, n, 1000, 1000, n, n});
-        AddRow("Qty 0", 1000.0, QVariant(0), QVariant(900.0), QVariant(50.0), ".999",
+        AddRow("Qty 0", 1000.0, TroyOunceGrams, QVariant(0), QVariant(900.0), QVariant(50.0), ".999",
                QList<double>{1000, 1050, n, 0, 0, n, n});
-        AddRow("Qty NULL", 1000.0, QVariant(), QVariant(900.0), QVariant(50.0), ".999",
+        AddRow("Qty NULL", 1000.0, TroyOunceGrams, QVariant(), QVariant(900.0), QVariant(50.0), ".999",
                QList<double>{1000, 1050, n, 0, 0, n, n});
-        AddRow("premium NULL", 1000.0, QVariant(1), QVariant(900.0), QVariant(), ".999",
+        AddRow("premium NULL", 1000.0, TroyOunceGrams, QVariant(1), QVariant(900.0), QVariant(), ".999",
                QList<double>{1000, 1000, 100, 1000, 1000, 100, 100.0 / 900 * 100});
+        AddRow("two half ounces", 1000.0, TroyOunceGrams / 2, QVariant(2), QVariant(400.0), QVariant(0.0),
+               ".999", QList<double>{500, 500, 100, 1000, 1000, 200, 25});
+        AddRow("loss", 1000.0, TroyOunceGrams, QVariant(1), QVariant(1250.0), QVariant(0.0), ".999",
+               QList<double>{1000, 1000, -250, 1000, 1000, -250, -20});
     }
     void valuation()
     {
         QFETCH(double, spot);
+        QFETCH(double, grams);
         QFETCH(QVariant, qty);
         QFETCH(QVariant, price);
         QFETCH(QVariant, premium);
@@ -369,6 +374,7 @@ private slots:
             SetSpot(mtGold, spot);
         SetSpot(mtSilver, 30); // another metal's price plays no part
         Post({{"Name", "Eagle"},
+              {"WeightGram", grams},
               {"Qty", qty},
               {"Price", price},
               {"ExpectedPremium", premium},
