@@ -254,8 +254,8 @@ public:
     TServerCore(TTestHttpServer* owner, const QString& certificateDir) : m_owner(owner)
     {
         if (!certificateDir.isEmpty()) {
-            QFile cert(certificateDir + QStringLiteral("/cert.pem"));
-            QFile key(certificateDir + QStringLiteral("/key.pem"));
+            QFile cert(certificateDir + "/cert.pem");
+            QFile key(certificateDir + "/key.pem");
             if (cert.open(QIODevice::ReadOnly) && key.open(QIODevice::ReadOnly)) {
                 m_certificate = QSslCertificate(cert.readAll(), QSsl::Pem);
                 m_key = QSslKey(key.readAll(), QSsl::Rsa, QSsl::Pem);
@@ -297,7 +297,7 @@ private:
 
 TTestHttpServer::TTestHttpServer(const QString& certificateDir) : m_secure(!certificateDir.isEmpty())
 {
-    m_thread.setObjectName(QStringLiteral("test-http-server"));
+    m_thread.setObjectName("test-http-server");
     m_thread.start();
     m_core = new TServerCore(this, certificateDir);
     m_core->moveToThread(&m_thread);
@@ -327,9 +327,7 @@ TTestHttpServer::~TTestHttpServer()
 
 QString TTestHttpServer::BaseURL() const
 {
-    return QStringLiteral("%1://127.0.0.1:%2")
-        .arg(m_secure ? QStringLiteral("https") : QStringLiteral("http"))
-        .arg(m_port);
+    return QString("%1://127.0.0.1:%2").arg(m_secure ? "https" : "http").arg(m_port);
 }
 
 void TTestHttpServer::Record(const TSeenRequest& request)
@@ -437,14 +435,10 @@ int TTestHttpServer::AbortedSlowTransfers() const
 bool MakeSelfSignedCertificate(const QString& dir)
 {
     QProcess openssl;
-    openssl.start(QStringLiteral("openssl"),
-                  {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"),
-                   QStringLiteral("rsa:2048"), QStringLiteral("-nodes"), QStringLiteral("-keyout"),
-                   dir + QStringLiteral("/key.pem"), QStringLiteral("-out"),
-                   dir + QStringLiteral("/cert.pem"), QStringLiteral("-days"), QStringLiteral("2"),
-                   QStringLiteral("-subj"), QStringLiteral("/CN=orvane-test")});
+    openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", dir + "/key.pem",
+                              "-out", dir + "/cert.pem", "-days", "2", "-subj", "/CN=orvane-test"});
     return openssl.waitForFinished(60000) && openssl.exitStatus() == QProcess::NormalExit &&
-           openssl.exitCode() == 0 && QFile::exists(dir + QStringLiteral("/cert.pem"));
+           openssl.exitCode() == 0 && QFile::exists(dir + "/cert.pem");
 }
 
 quint16 FreeLocalPort()
@@ -460,10 +454,9 @@ quint16 FreeLocalPort()
 
 QString TTinyProxy::Program()
 {
-    QString found = QStandardPaths::findExecutable(QStringLiteral("tinyproxy"));
+    QString found = QStandardPaths::findExecutable("tinyproxy");
     if (found.isEmpty())
-        found = QStandardPaths::findExecutable(QStringLiteral("tinyproxy"),
-                                               {QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin")});
+        found = QStandardPaths::findExecutable("tinyproxy", {"/usr/bin", "/usr/sbin"});
     return found;
 }
 
@@ -490,14 +483,14 @@ bool TTinyProxy::Start(const QString& user, const QString& password)
                           "Allow 127.0.0.1\n";
         if (!user.isEmpty())
             conf += "BasicAuth " + user.toUtf8() + ' ' + password.toUtf8() + '\n';
-        const QString confPath = m_dir.filePath(QStringLiteral("tinyproxy.conf"));
+        const QString confPath = m_dir.filePath("tinyproxy.conf");
         QFile file(confPath);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             return false;
         file.write(conf);
         file.close();
         m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(Program(), {QStringLiteral("-d"), QStringLiteral("-c"), confPath});
+        m_process.start(Program(), {"-d", "-c", confPath});
         if (!m_process.waitForStarted(5000))
             return false;
         QDeadlineTimer deadline(5000);

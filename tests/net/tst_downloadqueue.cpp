@@ -141,18 +141,6 @@ private slots:
         QCOMPARE(receiver.Results, QList<QVariant>({cLines, cLines}));
     }
 
-    void messagesKeepTheOrderOfPosting()
-    {
-        TReceiver receiver;
-        TDownloadQueue queue;
-        queue.MaxThreads = 5;
-        for (int id = 1; id <= 6; ++id)
-            Add(queue, "/lines", &receiver, id);
-        queue.Start();
-        queue.WaitFor();
-        QTRY_COMPARE(receiver.SubscriberIds, QList<int>({1, 2, 3, 4, 5, 6}));
-    }
-
     void sevenUrlsWithFiveThreads()
     {
         TReceiver receiver;
