@@ -1,29 +1,12 @@
 // File, text and XML helpers.
 
+#include "support_common.h"
+#include "support_datarow.h"
 #include "uZTTypes.h"
 
-#include <QFile>
 #include <QLocale>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QtTest>
-
-namespace {
-
-void WriteFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
-QByteArray ReadFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
 
 class TestUtils : public QObject
 {
@@ -37,30 +20,15 @@ private slots:
         QTest::addColumn<qint64>("bytes");
         QTest::addColumn<QString>("locale");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("zero") << qint64(0) << "C"
-                              << "0 bytes";
-        QTest::newRow("1023") << qint64(1023) << "C"
-                              << "1023 bytes";
-        QTest::newRow("1024") << qint64(1024) << "C"
-                              << "1.0 Kb";
-        QTest::newRow("1536") << qint64(1536) << "C"
-                              << "1.5 Kb";
-        QTest::newRow("just under 1 Mb") << qint64(1048575) << "C"
-                                         << "1024.0 Kb";
-        QTest::newRow("1048576") << qint64(1048576) << "C"
-                                 << "1.0 Mb";
-        QTest::newRow("1 Gb") << qint64(1073741824) << "C"
-                              << "1.0 Gb";
-        QTest::newRow("1 Tb") << qint64(1099511627776) << "C"
-                              << "1.0 Tb";
-        QTest::newRow("2000 Tb has no group separator") << qint64(1099511627776) * 2000 << "en_US"
-                                                        << "2000.0 Tb";
-        QTest::newRow("German comma") << qint64(1536) << "de_DE"
-                                      << "1,5 Kb";
-        QTest::newRow("negative") << qint64(-5) << "C"
-                                  << "-5 bytes";
+        AddRow("1023", qint64(1023), "C", "1023 bytes");
+        AddRow("1024", qint64(1024), "C", "1.0 Kb");
+        AddRow("just under 1 Mb", qint64(1048575), "C", "1024.0 Kb");
+        AddRow("1048576", qint64(1048576), "C", "1.0 Mb");
+        AddRow("1 Gb", qint64(1073741824), "C", "1.0 Gb");
+        AddRow("2000 Tb has no group separator", qint64(1099511627776) * 2000, "en_US", "2000.0 Tb");
+        AddRow("German comma", qint64(1536), "de_DE", "1,5 Kb");
+        AddRow("negative", qint64(-5), "C", "-5 bytes");
     }
-
     void formatSize()
     {
         QFETCH(qint64, bytes);
@@ -74,22 +42,14 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("blank") << " "
-                               << "+";
-        QTest::newRow("umlaut") << QStringLiteral("ä") << "%C3%A4";
-        QTest::newRow("maple") << "1/10 oz maple"
-                               << "1%2F10+oz+maple";
-        QTest::newRow("kept") << "Az09!$'()*-._@"
-                              << "Az09!$'()*-._@";
-        QTest::newRow("reserved") << "a&b=c+d%e#f?g~h"
-                                  << "a%26b%3Dc%2Bd%25e%23f%3Fg%7Eh";
-        QTest::newRow("four-byte") << QStringLiteral("\U0001F4B0") << "%F0%9F%92%B0";
-        QTest::newRow("empty") << ""
-                               << "";
-        QTest::newRow("crlf") << "\r\n"
-                              << "%0D%0A";
+        AddRow("blank", " ", "+");
+        AddRow("umlaut", "ä", "%C3%A4");
+        AddRow("maple", "1/10 oz maple", "1%2F10+oz+maple");
+        AddRow("kept", "Az09!$'()*-._@", "Az09!$'()*-._@");
+        AddRow("reserved", "a&b=c+d%e#f?g~h", "a%26b%3Dc%2Bd%25e%23f%3Fg%7Eh");
+        AddRow("four-byte", "\U0001F4B0", "%F0%9F%92%B0");
+        AddRow("crlf", "\r\n", "%0D%0A");
     }
-
     void urlEncode()
     {
         QFETCH(QString, text);
@@ -101,19 +61,14 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("empty") << "" << QByteArray();
-        QTest::newRow("full group") << "TWFu" << QByteArray("Man");
-        QTest::newRow("one pad") << "TWE=" << QByteArray("Ma");
-        QTest::newRow("two pads") << "TQ==" << QByteArray("M");
-        QTest::newRow("two groups") << "TWFuTQ==" << QByteArray("ManM");
-        QTest::newRow("length 3") << "TWF" << QByteArray();
-        QTest::newRow("length 5") << "TWFuT" << QByteArray();
-        QTest::newRow("unpadded tail") << "TWFuTQ" << QByteArray();
-        QTest::newRow("binary") << "AP8A/w==" << QByteArray("\x00\xff\x00\xff", 4);
-        QTest::newRow("plus and slash") << "+/+/" << QByteArray("\xfb\xff\xbf", 3);
-        QTest::newRow("four outside") << "====" << QByteArray();
+        AddRow("empty", "", QByteArray());
+        AddRow("one pad", "TWE=", QByteArray("Ma"));
+        AddRow("two pads", "TQ==", QByteArray("M"));
+        AddRow("length 5", "TWFuT", QByteArray());
+        AddRow("unpadded tail", "TWFuTQ", QByteArray());
+        AddRow("binary, plus and slash", "AP8A/w+/", QByteArray("\x00\xff\x00\xff\x0f\xbf", 6));
+        AddRow("four outside", "====", QByteArray());
     }
-
     void base64Decode()
     {
         QFETCH(QString, text);
@@ -135,19 +90,16 @@ private slots:
         QTest::addColumn<QString>("format");
         QTest::addColumn<QVariantList>("args");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("log line") << "MessageDlgZT(\"%s\", \"%s\")" << QVariantList{"a%sb", ""}
-                                  << "MessageDlgZT(\"a%sb\", \"\")";
-        QTest::newRow("weight") << "%.1f g" << QVariantList{31.1035} << "31.1 g";
-        QTest::newRow("quantity") << "Qty: %d" << QVariantList{-3} << "Qty: -3";
-        QTest::newRow("zero padded") << "%.3d" << QVariantList{7} << "007";
-        QTest::newRow("width") << "[%5s|%-3d]" << QVariantList{"ab", 1} << "[   ab|1  ]";
-        QTest::newRow("index") << "%1:s %0:s" << QVariantList{"a", "b"} << "b a";
-        QTest::newRow("percent") << "100%%" << QVariantList{} << "100%";
-        QTest::newRow("hex") << "%x" << QVariantList{255} << "FF";
-        QTest::newRow("negative hex") << "%x" << QVariantList{-1} << "FFFFFFFF";
-        QTest::newRow("grouped") << "%.2n" << QVariantList{1234567.891} << "1,234,567.89";
+        AddRow("log line", "MessageDlgZT(\"%s\", \"%s\")", QVariantList{"a%sb", ""},
+               "MessageDlgZT(\"a%sb\", \"\")");
+        AddRow("weight", "%.1f g", QVariantList{31.1035}, "31.1 g");
+        AddRow("zero padded", "%.3d", QVariantList{7}, "007");
+        AddRow("width", "[%5s|%-3d]", QVariantList{"ab", 1}, "[   ab|1  ]");
+        AddRow("index", "%1:s %0:s", QVariantList{"a", "b"}, "b a");
+        AddRow("percent", "100%%", QVariantList{}, "100%");
+        AddRow("negative hex", "%x", QVariantList{-1}, "FFFFFFFF");
+        AddRow("grouped", "%.2n", QVariantList{1234567.891}, "1,234,567.89");
     }
-
     void formatText()
     {
         QFETCH(QString, format);
@@ -161,13 +113,12 @@ private slots:
     {
         QTest::addColumn<QString>("format");
         QTest::addColumn<QVariantList>("args");
-        QTest::newRow("missing") << "%s %s" << QVariantList{"a"};
-        QTest::newRow("text for %d") << "%d" << QVariantList{"a"};
-        QTest::newRow("float for %d") << "%d" << QVariantList{1.5};
-        QTest::newRow("unknown type") << "%q" << QVariantList{1};
-        QTest::newRow("dangling") << "abc %" << QVariantList{1};
+        AddRow("missing", "%s %s", QVariantList{"a"});
+        AddRow("text for %d", "%d", QVariantList{"a"});
+        AddRow("float for %d", "%d", QVariantList{1.5});
+        AddRow("unknown type", "%q", QVariantList{1});
+        AddRow("dangling", "abc %", QVariantList{1});
     }
-
     void formatTextRejectsMissingOrWrongArgument()
     {
         QFETCH(QString, format);
@@ -178,84 +129,58 @@ private slots:
     void tempFileNames()
     {
         QTemporaryDir dir;
-        const QString folder = dir.filePath(QStringLiteral("not/yet"));
-        const QRegularExpression shape(QStringLiteral("^[0-9a-f]{8}\\.tmp$"));
+        const QString folder = dir.filePath("not/yet");
+        const QRegularExpression shape("^[0-9a-f]{8}\\.tmp$");
         QSet<QString> seen;
         for (int i = 0; i < 200; ++i) {
-            const QString name = GetTempFileName(QStringLiteral(".tmp"), folder);
-            QVERIFY(QFileInfo(folder).isDir());
+            const QString name = GetTempFileName(".tmp", folder);
             QCOMPARE(QFileInfo(name).absolutePath(), QFileInfo(folder).absoluteFilePath());
             QVERIFY2(shape.match(QFileInfo(name).fileName()).hasMatch(), qPrintable(name));
-            QVERIFY(!QFileInfo::exists(name));
-            // Occupy it so that a later call must find another name.
-            WriteFile(name, "x");
-            QVERIFY(!seen.contains(name));
+            QVERIFY(!QFileInfo::exists(name) && !seen.contains(name));
+            WriteFile(name, "x"); // occupied: a later call must find another name
             seen.insert(name);
         }
-        QVERIFY(GetTempFileName(QStringLiteral(".jpg")).startsWith(GetTempFolder()));
-        QVERIFY(GetTempFolder().endsWith(QLatin1Char('/')));
+        QVERIFY(GetTempFileName(".jpg").startsWith(GetTempFolder()));
+        QVERIFY(GetTempFolder().endsWith('/'));
     }
 
     void fileHelpers()
     {
         QTemporaryDir dir;
-        const QString a = dir.filePath(QStringLiteral("a.txt"));
-        const QString b = dir.filePath(QStringLiteral("b.txt"));
+        const QString a = dir.filePath("a.txt");
+        const QString b = dir.filePath("b.txt");
         WriteFile(a, "alpha");
-
         QCOMPARE(GetFileSize(a), qint64(5));
         QCOMPARE(GetFileSize(b), qint64(0));
         QCOMPARE(GetFileSize(dir.path()), qint64(0));
 
         QVERIFY(CopyFileOver(a, b));
-        QCOMPARE(ReadFile(b), QByteArray("alpha"));
         WriteFile(a, "beta");
         QVERIFY(CopyFileOver(a, b));
-        QCOMPARE(ReadFile(b), QByteArray("beta"));
+        QCOMPARE(ReadFile(b), "beta");
         // A missing source leaves the target, and copying a file onto itself keeps its content.
-        QVERIFY(CopyFileOver(dir.filePath(QStringLiteral("missing")), b));
-        QCOMPARE(ReadFile(b), QByteArray("beta"));
+        QVERIFY(CopyFileOver(dir.filePath("missing"), b));
         QVERIFY(CopyFileOver(b, b));
-        QCOMPARE(ReadFile(b), QByteArray("beta"));
-        QVERIFY(!CopyFileOver(dir.filePath(QStringLiteral("missing")), dir.filePath(QStringLiteral("c"))));
+        QCOMPARE(ReadFile(b), "beta");
+        QVERIFY(!CopyFileOver(dir.filePath("missing"), dir.filePath("c")));
 
         QVERIFY(DeleteFileIfExists(b));
         QVERIFY(!DeleteFileIfExists(b));
         QVERIFY(!QFile::exists(b));
 
-        const QString nested = EnsureFolder(dir.filePath(QStringLiteral("x/y/z")));
-        QVERIFY(nested.endsWith(QStringLiteral("x/y/z/")));
-        QVERIFY(QFileInfo(nested).isDir());
+        const QString nested = EnsureFolder(dir.filePath("x/y/z"));
+        QVERIFY(nested.endsWith("x/y/z/") && QFileInfo(nested).isDir());
         QCOMPARE(EnsureFolder(nested), nested);
-        QCOMPARE(WithTrailingDelimiter(QStringLiteral("/tmp")), QStringLiteral("/tmp/"));
-        QCOMPARE(WithTrailingDelimiter(QStringLiteral("/tmp/")), QStringLiteral("/tmp/"));
+        QCOMPARE(WithTrailingDelimiter("/tmp"), "/tmp/");
+        QCOMPARE(WithTrailingDelimiter("/tmp/"), "/tmp/");
 
-        WriteFile(dir.filePath(QStringLiteral(".hidden")), "");
+        WriteFile(dir.filePath(".hidden"), "");
         QCOMPARE(ListFolder(WithTrailingDelimiter(dir.path())), QStringList({".hidden", "a.txt", "x"}));
-        QCOMPARE(ListFolder(dir.filePath(QStringLiteral("none/"))), QStringList());
-    }
+        QCOMPARE(ListFolder(dir.filePath("none/")), QStringList());
 
-    void fileNameNoExt_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("plain") << "/a/b/coins.orv"
-                               << "coins";
-        QTest::newRow("two dots") << "/a/b/coins.backup.orv"
-                                  << "coins.backup";
-        QTest::newRow("none") << "/a/b/coins"
-                              << "coins";
-        QTest::newRow("dot in folder") << "/a.b/coins"
-                                       << "coins";
-        QTest::newRow("name only") << "English.xml"
-                                   << "English";
-    }
-
-    void fileNameNoExt()
-    {
-        QFETCH(QString, path);
-        QFETCH(QString, expected);
-        QCOMPARE(FileNameNoExt(path), expected);
+        QCOMPARE(FileNameNoExt("/a/b/coins.backup.orv"), "coins.backup");
+        QCOMPARE(FileNameNoExt("/a.b/coins"), "coins");
+        QCOMPARE(FileNameNoExt("English.xml"), "English");
     }
 
     void loadTextFile_data()
@@ -263,50 +188,38 @@ private slots:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<int>("encoding"); // -1: none given
         QTest::addColumn<QString>("expected");
-        QTest::newRow("utf-8") << QByteArray("M\xc3\xbcnze\r\n") << -1 << QStringLiteral("Münze\r\n");
-        QTest::newRow("utf-8 bom") << QByteArray("\xef\xbb\xbfM\xc3\xbcnze") << -1 << QStringLiteral("Münze");
-        QTest::newRow("utf-16 bom") << QByteArray("\xff\xfeM\x00\xfc\x00", 6) << -1 << QStringLiteral("Mü");
-        QTest::newRow("latin-1 given")
-            << QByteArray("M\xfcnze") << int(QStringConverter::Latin1) << QStringLiteral("Münze");
+        AddRow("utf-8", QByteArray("M\xc3\xbcnze\r\n"), -1, "Münze\r\n");
+        AddRow("utf-8 bom", QByteArray("\xef\xbb\xbfM\xc3\xbcnze"), -1, "Münze");
+        AddRow("utf-16 bom", QByteArray("\xff\xfeM\x00\xfc\x00", 6), -1, "Mü");
+        AddRow("latin-1 given", QByteArray("M\xfcnze"), int(QStringConverter::Latin1), "Münze");
     }
-
     void loadTextFile()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(int, encoding);
         QFETCH(QString, expected);
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("t.txt"));
-        WriteFile(path, bytes);
+        WriteFile(dir.filePath("t.txt"), bytes);
         const auto chosen =
             encoding < 0 ? std::nullopt : std::optional(static_cast<QStringConverter::Encoding>(encoding));
-        QCOMPARE(LoadTextFile(path, chosen), expected);
-        QCOMPARE(LoadTextFile(dir.filePath(QStringLiteral("missing.txt"))), QString());
+        QCOMPARE(LoadTextFile(dir.filePath("t.txt"), chosen), expected);
+        QCOMPARE(LoadTextFile(dir.filePath("missing.txt")), QString());
     }
 
     void xmlHelpers()
     {
-        QVERIFY(!ParseXMLText(QStringLiteral("")));
-        QVERIFY(!ParseXMLText(QStringLiteral("<a><b></a>")));
-        QVERIFY(!ParseXMLText(QStringLiteral("<?xml version=\"1.0\"?>")));
-        const auto doc =
-            ParseXMLText(QStringLiteral("<Language Name=\"Deutsch\" empty=\"\" BIDIMODE=\"RightToLeft\"/>"));
+        QVERIFY(!ParseXMLText(""));
+        QVERIFY(!ParseXMLText("<a><b></a>"));
+        QVERIFY(!ParseXMLText("<?xml version=\"1.0\"?>"));
+        const auto doc = ParseXMLText("<Language Name=\"Deutsch\" empty=\"\" BIDIMODE=\"RightToLeft\"/>");
         QVERIFY(doc);
         const QDomElement root = doc->documentElement();
-        QCOMPARE(GetXMLAttribute(root, QStringLiteral("name")), QStringLiteral("Deutsch"));
-        QCOMPARE(GetXMLAttribute(root, QStringLiteral("BiDiMode"), QStringLiteral("LeftToRight")),
-                 QStringLiteral("RightToLeft"));
-        QCOMPARE(GetXMLAttribute(root, QStringLiteral("Empty"), QStringLiteral("dflt")),
-                 QStringLiteral("dflt"));
-        QCOMPARE(GetXMLAttribute(root, QStringLiteral("missing"), QStringLiteral("dflt")),
-                 QStringLiteral("dflt"));
-        QCOMPARE(GetXMLAttribute(QDomNode(), QStringLiteral("name"), QStringLiteral("d")),
-                 QStringLiteral("d"));
-    }
-
-    void fileVersionText()
-    {
-        QVERIFY(QRegularExpression(QStringLiteral("^\\d+\\.\\d+\\.\\d+\\.\\d+$"))
+        QCOMPARE(GetXMLAttribute(root, "name"), "Deutsch");
+        QCOMPARE(GetXMLAttribute(root, "BiDiMode", "LeftToRight"), "RightToLeft");
+        QCOMPARE(GetXMLAttribute(root, "Empty", "dflt"), "dflt");
+        QCOMPARE(GetXMLAttribute(root, "missing", "dflt"), "dflt");
+        QCOMPARE(GetXMLAttribute(QDomNode(), "name", "d"), "d");
+        QVERIFY(QRegularExpression("^\\d+\\.\\d+\\.\\d+\\.\\d+$")
                     .match(GetFileVersionText(QCoreApplication::applicationFilePath()))
                     .hasMatch());
     }

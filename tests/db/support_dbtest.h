@@ -3,8 +3,6 @@
 #include "uDBConnection.h"
 #include "uDBDataset.h"
 
-#include <QByteArray>
-#include <QString>
 #include <QStringList>
 
 #include <memory>
@@ -14,22 +12,22 @@ struct sqlite3;
 // Shared helpers of the data-access tests: a collection-shaped file and its item statement.
 namespace DBTest {
 
-// CREATE TABLE statements of a collection file (items and mints).
+// The CREATE TABLE statements of a collection file, from data/template/schema.sql.
 QString coinsDDL();
 QString mintsDDL();
 // The item statement: all columns of tblCoins and six expressions, with type hints.
 QString itemsSQL();
 
-// Opens (creating) a file with the collection's tables.
-std::unique_ptr<TDBConnection> createCollection(const QString& path);
+// Opens (creating) a file; createCollection also makes the collection's tables.
 std::unique_ptr<TDBConnection> openConnection(const QString& path);
+std::unique_ptr<TDBConnection> createCollection(const QString& path);
 
 // Inserts one item through plain SQL and returns its ID.
 qint64 insertCoin(TDBConnection& conn, const QString& name, int metal, double weightG, int qty = 1,
                   const QVariant& price = QVariant(), int coinType = 0, const QVariant& year = QVariant());
 
-// Declares the item fields on a dataset: stored columns with their types and required flags,
-// the query's six expressions, and the internal and calculated fields.
+// Declares the item fields on a dataset: the stored columns of coinsDDL() with their types, sizes
+// and required flags, the query's six expressions, and some internal and calculated fields.
 void declareItemFields(TDBDataset& ds);
 
 // Deterministic pseudo-random bytes.

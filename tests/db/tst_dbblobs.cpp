@@ -2,6 +2,7 @@
 // column. A blob is read by key when its field is first read, kept in a bounded cache, and
 // written at the post.
 
+#include "support_datarow.h"
 #include "support_dbtest.h"
 #include "uDBDataset.h"
 #include "uDatasetTableModel.h"
@@ -11,20 +12,13 @@
 
 namespace {
 
-const QStringList kBlobColumns{QStringLiteral("ThumbFront"), QStringLiteral("ThumbBack"),
-                               QStringLiteral("PhotoFront"), QStringLiteral("PhotoBack"),
-                               QStringLiteral("PhotoSide"),  QStringLiteral("PhotoInBox")};
 const int kRows = 40;
 const int kPhotoSize = 256 * 1024;
 
 QStringList blobReads(const QStringList& columnReads)
 {
-    QStringList found;
-    for (const QString& read : columnReads)
-        for (const QString& blob : kBlobColumns)
-            if (read.endsWith(QLatin1Char('.') + blob))
-                found << read;
-    return found;
+    static const QRegularExpression blob("\\.(Thumb|Photo)\\w+$");
+    return columnReads.filter(blob);
 }
 
 } // namespace
@@ -36,57 +30,62 @@ class TestDBBlobs : public QObject
 private:
     QTemporaryDir m_dir;
     QString m_path;
+    std::unique_ptr<TDBConnection> m_conn;
 
-    std::unique_ptr<TDBDataset> makeItems(TDBConnection* conn, bool persistent)
+    std::unique_ptr<TDBDataset> makeItems(bool persistent = true)
     {
-        auto ds = std::make_unique<TDBDataset>(conn);
+        auto ds = std::make_unique<TDBDataset>(m_conn.get());
         if (persistent)
             DBTest::declareItemFields(*ds);
         ds->setSQL(DBTest::itemsSQL());
-        ds->setUpdateTableName(QStringLiteral("tblCoins"));
-        ds->setIndexFieldNames(QStringLiteral("ID"));
+        ds->setUpdateTableName("tblCoins");
+        ds->setIndexFieldNames("ID");
+        ds->open();
         return ds;
+    }
+    QByteArray photoOf(qint64 id, const char* column)
+    {
+        return m_conn->selectValue(QString("SELECT %1 FROM tblCoins WHERE ID = ?").arg(column), {id})
+            .toByteArray();
     }
 
 private slots:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        m_path = m_dir.filePath(QStringLiteral("photos.db"));
+        m_path = m_dir.filePath("photos.db");
         auto conn = DBTest::createCollection(m_path);
         conn->startTransaction();
         for (int i = 0; i < kRows; ++i) {
-            conn->execSQL(
-                QStringLiteral(
-                    "INSERT INTO tblCoins (Name, Metal, WeightG, Qty, Price, ThumbFront, PhotoFront, "
-                    "PhotoBack) VALUES (?, 1, 31.1035, 1, 30, ?, ?, ?)"),
-                QVariantList{QStringLiteral("Coin %1").arg(i), DBTest::bytes(2000, i),
-                             DBTest::bytes(kPhotoSize, 1000 + i), DBTest::bytes(kPhotoSize, 2000 + i)});
+            conn->execSQL("INSERT INTO tblCoins (Name, Metal, WeightG, Qty, Price, ThumbFront, PhotoFront, "
+                          "PhotoBack) VALUES (?, 1, 31.1035, 1, 30, ?, ?, ?)",
+                          QVariantList{QString("Coin %1").arg(i), DBTest::bytes(2000, i),
+                                       DBTest::bytes(kPhotoSize, 1000 + i),
+                                       DBTest::bytes(kPhotoSize, 2000 + i)});
         }
         conn->commit();
     }
+    void init() { m_conn = DBTest::openConnection(m_path); }
+    void cleanup() { m_conn.reset(); }
 
     void listingReadsNoBlob_data()
     {
         QTest::addColumn<bool>("persistent");
-        QTest::newRow("declared fields") << true;
-        QTest::newRow("fields from the file") << false;
+        AddRow("declared fields", true);
+        AddRow("fields from the file", false);
     }
     void listingReadsNoBlob()
     {
         QFETCH(bool, persistent);
-        auto conn = DBTest::openConnection(m_path);
-        DBTest::StatementLog log(conn->handle());
-        auto ds = makeItems(conn.get(), persistent);
-        ds->open();
+        DBTest::StatementLog log(m_conn->handle());
+        auto ds = makeItems(persistent);
         QCOMPARE(ds->recordCount(), kRows);
         // The statement read every column but the blobs...
-        QVERIFY(log.columnReads.contains(QStringLiteral("tblCoins.Name")));
-        QVERIFY(log.columnReads.contains(QStringLiteral("tblCoins.Custom10")));
+        QVERIFY(log.columnReads.contains("tblCoins.Name") && log.columnReads.contains("tblCoins.Custom10"));
         QCOMPARE(blobReads(log.columnReads), QStringList());
         // ...and the blob fields are there, in their place.
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoFront")).dataType(), TFieldType::Blob);
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoFront")).index(), 25);
+        QCOMPARE(ds->fieldByName("PhotoFront").dataType(), TFieldType::Blob);
+        QCOMPARE(ds->fieldByName("PhotoFront").index(), 25);
 
         // Walking every row and every non-blob field, also through a model, reads no blob either.
         const qsizetype afterOpen = log.statements.size();
@@ -101,21 +100,19 @@ private slots:
         QCOMPARE(blobReads(log.columnReads), QStringList());
         QCOMPARE(log.statements.size(), afterOpen);
 
-        // The first read of a photo fetches that one value by key.
+        // The first read of a photo fetches that one value by key; the second comes from the cache.
         ds->setRecNo(4);
         log.clear();
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoFront")).asBytes(), DBTest::bytes(kPhotoSize, 1003));
-        QCOMPARE(log.statements,
-                 QStringList{QStringLiteral("SELECT \"PhotoFront\" FROM \"tblCoins\" WHERE \"ID\" = ?")});
-        QCOMPARE(blobReads(log.columnReads), QStringList{QStringLiteral("tblCoins.PhotoFront")});
-        // The second read comes from the cache.
+        QCOMPARE(ds->fieldByName("PhotoFront").asBytes(), DBTest::bytes(kPhotoSize, 1003));
+        QCOMPARE(log.statements, QStringList{"SELECT \"PhotoFront\" FROM \"tblCoins\" WHERE \"ID\" = ?"});
+        QCOMPARE(blobReads(log.columnReads), QStringList{"tblCoins.PhotoFront"});
         log.clear();
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoFront")).asBytes(), DBTest::bytes(kPhotoSize, 1003));
-        QVERIFY(ds->fieldByName(QStringLiteral("PhotoSide")).isNull());
-        QVERIFY(ds->fieldByName(QStringLiteral("PhotoSide")).isNull());
+        QCOMPARE(ds->fieldByName("PhotoFront").asBytes(), DBTest::bytes(kPhotoSize, 1003));
+        QVERIFY(ds->fieldByName("PhotoSide").isNull());
+        QVERIFY(ds->fieldByName("PhotoSide").isNull());
         QCOMPARE(log.statements.size(), 1); // PhotoSide once
         // Through the model too.
-        const int thumb = model.columnOfField(QStringLiteral("ThumbFront"));
+        const int thumb = model.columnOfField("ThumbFront");
         QVERIFY(thumb >= 0);
         QVERIFY(!model.data(model.index(0, thumb), Qt::DisplayRole).isValid());
         QCOMPARE(model.data(model.index(0, thumb), TDatasetTableModel::ValueRole).toByteArray(),
@@ -124,80 +121,58 @@ private slots:
 
     void cacheIsBounded()
     {
-        auto conn = DBTest::openConnection(m_path);
-        auto ds = makeItems(conn.get(), true);
+        auto ds = makeItems();
         ds->setBlobCacheSize(3 * kPhotoSize);
-        ds->open();
-        DBTest::StatementLog log(conn->handle());
-        for (int r = 1; r <= 10; ++r) {
+        DBTest::StatementLog log(m_conn->handle());
+        for (int r : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 8, 9, 10}) {
             ds->setRecNo(r);
-            QCOMPARE(ds->fieldByName(QStringLiteral("PhotoBack")).asBytes().size(), kPhotoSize);
+            QCOMPARE(ds->fieldByName("PhotoBack").asBytes().size(), kPhotoSize);
         }
-        QCOMPARE(log.statements.size(), 10);
-        // The last three are held, the first was dropped.
-        for (int r = 8; r <= 10; ++r) {
-            ds->setRecNo(r);
-            ds->fieldByName(QStringLiteral("PhotoBack")).asBytes();
-        }
-        QCOMPARE(log.statements.size(), 10);
+        QCOMPARE(log.statements.size(), 10); // the last three are held
         ds->setRecNo(1);
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoBack")).asBytes(), DBTest::bytes(kPhotoSize, 2000));
-        QCOMPARE(log.statements.size(), 11);
+        QCOMPARE(ds->fieldByName("PhotoBack").asBytes(), DBTest::bytes(kPhotoSize, 2000));
+        QCOMPARE(log.statements.size(), 11); // the first was dropped
     }
 
     void blobWrittenAtPost()
     {
-        auto conn = DBTest::openConnection(m_path);
-        auto ds = makeItems(conn.get(), true);
-        ds->open();
+        auto ds = makeItems();
         ds->setRecNo(2);
-        const int id = ds->fieldByName(QStringLiteral("ID")).asInteger();
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoFront")).asBytes(),
-                 DBTest::bytes(kPhotoSize, 1001)); // cached now
+        const int id = ds->fieldByName("ID").asInteger();
+        QCOMPARE(ds->fieldByName("PhotoFront").asBytes(), DBTest::bytes(kPhotoSize, 1001)); // cached now
         const QByteArray photo = DBTest::bytes(5000, 77);
-        DBTest::StatementLog log(conn->handle());
+        DBTest::StatementLog log(m_conn->handle());
         ds->edit();
-        ds->fieldByName(QStringLiteral("PhotoFront")).setAsBytes(photo);
-        ds->fieldByName(QStringLiteral("PhotoSide")).setAsBytes(photo.left(10));
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoFront")).asBytes(), photo); // from the edit buffer
-        QVERIFY(log.statements.isEmpty());                                        // nothing written yet
+        ds->fieldByName("PhotoFront").setAsBytes(photo);
+        ds->fieldByName("PhotoSide").setAsBytes(photo.left(10));
+        QCOMPARE(ds->fieldByName("PhotoFront").asBytes(), photo); // from the edit buffer
+        QVERIFY(log.statements.isEmpty());                        // nothing written yet
         ds->post();
-        QCOMPARE(log.statements.filter(QStringLiteral("UPDATE")),
-                 QStringList{QStringLiteral(
-                     "UPDATE \"tblCoins\" SET \"PhotoFront\" = ?, \"PhotoSide\" = ? WHERE \"ID\" = ?")});
-        // The re-read after the post leaves the blobs out as well.
-        QCOMPARE(blobReads(log.columnReads), QStringList());
-        // The cached old photo is gone: the new one is read.
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoFront")).asBytes(), photo);
-        QCOMPARE(conn->selectValue(QStringLiteral("SELECT PhotoFront FROM tblCoins WHERE ID = ?"), {id})
-                     .toByteArray(),
-                 photo);
         QCOMPARE(
-            conn->selectValue(QStringLiteral("SELECT length(PhotoSide) FROM tblCoins WHERE ID = ?"), {id})
-                .toInt(),
-            10);
+            log.statements.filter("UPDATE"),
+            QStringList{"UPDATE \"tblCoins\" SET \"PhotoFront\" = ?, \"PhotoSide\" = ? WHERE \"ID\" = ?"});
+        QCOMPARE(blobReads(log.columnReads), QStringList());      // the re-read leaves the blobs out as well
+        QCOMPARE(ds->fieldByName("PhotoFront").asBytes(), photo); // the cached old photo is gone
+        QCOMPARE(photoOf(id, "PhotoFront"), photo);
+        QCOMPARE(photoOf(id, "PhotoSide"), photo.left(10));
         // Cleared to NULL.
         ds->edit();
-        ds->fieldByName(QStringLiteral("PhotoSide")).clear();
+        ds->fieldByName("PhotoSide").clear();
         ds->post();
-        QVERIFY(conn->selectValue(QStringLiteral("SELECT PhotoSide IS NULL FROM tblCoins WHERE ID = ?"), {id})
-                    .toBool());
-        QVERIFY(ds->fieldByName(QStringLiteral("PhotoSide")).isNull());
+        QVERIFY(m_conn->selectValue("SELECT PhotoSide IS NULL FROM tblCoins WHERE ID = ?", {id}).toBool());
+        QVERIFY(ds->fieldByName("PhotoSide").isNull());
 
         // A new record with a photo.
         ds->append();
-        ds->fieldByName(QStringLiteral("Name")).setAsString(QStringLiteral("With photo"));
-        ds->fieldByName(QStringLiteral("Metal")).setAsInteger(0);
-        ds->fieldByName(QStringLiteral("WeightG")).setAsFloat(1);
-        ds->fieldByName(QStringLiteral("CoinType")).setAsInteger(0);
-        QVERIFY(ds->fieldByName(QStringLiteral("PhotoBack")).isNull());
-        ds->fieldByName(QStringLiteral("PhotoBack")).setAsBytes(photo);
+        ds->fieldByName("Name").setAsString("With photo");
+        ds->fieldByName("Metal").setAsInteger(0);
+        ds->fieldByName("WeightG").setAsFloat(1);
+        ds->fieldByName("CoinType").setAsInteger(0);
+        QVERIFY(ds->fieldByName("PhotoBack").isNull());
+        ds->fieldByName("PhotoBack").setAsBytes(photo);
         ds->post();
-        const int newId = ds->fieldByName(QStringLiteral("ID")).asInteger();
-        QCOMPARE(conn->selectValue(QStringLiteral("SELECT PhotoBack FROM tblCoins WHERE ID = ?"), {newId})
-                     .toByteArray(),
-                 photo);
-        QCOMPARE(ds->fieldByName(QStringLiteral("PhotoBack")).asBytes(), photo);
+        QCOMPARE(photoOf(ds->fieldByName("ID").asInteger(), "PhotoBack"), photo);
+        QCOMPARE(ds->fieldByName("PhotoBack").asBytes(), photo);
         ds->deleteRecord();
     }
 
@@ -205,56 +180,48 @@ private slots:
     {
         // A dataset that selects no rows serves to append to a table: fields keep the table's column
         // order (blobs in their place), and each post gives the new key.
-        auto source = DBTest::openConnection(m_path);
-        TDBDataset target(source.get());
-        target.setSQL(QStringLiteral("SELECT * FROM tblCoins WHERE 0"));
-        target.setUpdateTableName(QStringLiteral("tblCoins"));
+        TDBDataset target(m_conn.get());
+        target.setSQL("SELECT * FROM tblCoins WHERE 0");
+        target.setUpdateTableName("tblCoins");
         target.open();
         QCOMPARE(target.recordCount(), 0);
-        QCOMPARE(target.field(25).fieldName(), QStringLiteral("PhotoFront"));
+        QCOMPARE(target.field(25).fieldName(), "PhotoFront");
         const QByteArray photo = DBTest::bytes(3000, 5);
         target.append();
-        target.field(1).setAsString(QStringLiteral("Copied"));
+        target.field(1).setAsString("Copied");
         target.field(2).setAsInteger(3);
         target.field(7).setAsFloat(2.5);
         target.field(25).setAsBytes(photo);
         target.post();
-        const QVariant id = target.fieldByName(QStringLiteral("ID")).value();
-        QVERIFY(!id.isNull());
-        QCOMPARE(id.toLongLong(), source->lastInsertRowId());
-        QCOMPARE(target.fieldByName(QStringLiteral("Name")).asString(), QStringLiteral("Copied"));
-        QCOMPARE(target.fieldByName(QStringLiteral("PhotoFront")).asBytes(), photo);
-        QCOMPARE(source->selectValue(QStringLiteral("SELECT PhotoFront FROM tblCoins WHERE ID = ?"), {id})
-                     .toByteArray(),
-                 photo);
-        source->execSQL(QStringLiteral("DELETE FROM tblCoins WHERE ID = ?"), {id});
+        const qint64 id = target.fieldByName("ID").asLargeInt();
+        QCOMPARE(id, m_conn->lastInsertRowId());
+        QCOMPARE(target.fieldByName("Name").asString(), "Copied");
+        QCOMPARE(target.fieldByName("PhotoFront").asBytes(), photo);
+        QCOMPARE(photoOf(id, "PhotoFront"), photo);
+        m_conn->execSQL("DELETE FROM tblCoins WHERE ID = ?", {id});
     }
 
     void changeBehindTheBackSeenAfterRefresh()
     {
-        auto conn = DBTest::openConnection(m_path);
-        auto ds = makeItems(conn.get(), true);
-        ds->open();
+        auto ds = makeItems();
         ds->setRecNo(3);
-        const QByteArray before = ds->fieldByName(QStringLiteral("ThumbFront")).asBytes();
-        conn->execSQL(QStringLiteral("UPDATE tblCoins SET ThumbFront = x'0102' WHERE ID = ?"),
-                      {ds->fieldByName(QStringLiteral("ID")).asInteger()});
-        QCOMPARE(ds->fieldByName(QStringLiteral("ThumbFront")).asBytes(), before); // cached
+        const QByteArray before = ds->fieldByName("ThumbFront").asBytes();
+        m_conn->execSQL("UPDATE tblCoins SET ThumbFront = x'0102' WHERE ID = ?",
+                        {ds->fieldByName("ID").asInteger()});
+        QCOMPARE(ds->fieldByName("ThumbFront").asBytes(), before); // cached
         ds->refresh();
-        QCOMPARE(ds->fieldByName(QStringLiteral("ThumbFront")).asBytes(), QByteArray("\x01\x02", 2));
+        QCOMPARE(ds->fieldByName("ThumbFront").asBytes(), QByteArray("\x01\x02", 2));
     }
 
     void tableWithoutKeyReadsBlobsWithRows()
     {
-        // Without a key to fetch by, blob columns come with the rows.
-        auto conn = DBTest::openConnection(m_path);
-        conn->execSQL(QStringLiteral("CREATE TABLE IF NOT EXISTS tblPlain (A TEXT, B BLOB)"));
-        conn->execSQL(QStringLiteral("DELETE FROM tblPlain"));
-        conn->execSQL(QStringLiteral("INSERT INTO tblPlain VALUES ('a', x'00ff')"));
-        TDBDataset ds(conn.get());
-        ds.setSQL(QStringLiteral("SELECT * FROM tblPlain"));
+        m_conn->execSQL("CREATE TABLE IF NOT EXISTS tblPlain (A TEXT, B BLOB)");
+        m_conn->execSQL("DELETE FROM tblPlain");
+        m_conn->execSQL("INSERT INTO tblPlain VALUES ('a', x'00ff')");
+        TDBDataset ds(m_conn.get());
+        ds.setSQL("SELECT * FROM tblPlain");
         ds.open();
-        QCOMPARE(ds.fieldByName(QStringLiteral("B")).asBytes(), QByteArray("\x00\xff", 2));
+        QCOMPARE(ds.fieldByName("B").asBytes(), QByteArray("\x00\xff", 2));
     }
 };
 

@@ -1,9 +1,8 @@
 // Connection: parameters, open and close, errors with SQLite's own text, several connections,
 // transactions, and the datasets that a closing connection takes along.
 
+#include "support_datarow.h"
 #include "support_dbtest.h"
-#include "uDBConnection.h"
-#include "uDBDataset.h"
 #include "uDBError.h"
 #include "uDBQuery.h"
 
@@ -25,11 +24,25 @@ void collectWarnings(QtMsgType type, const QMessageLogContext& context, const QS
         g_previous(type, context, message);
 }
 
+// The message of the EDatabaseError that open() raises; empty when it opens.
+QString openError(TDBConnection& conn)
+{
+    try {
+        conn.open();
+    } catch (const EDatabaseError& e) {
+        return e.message();
+    }
+    return {};
+}
+
 } // namespace
 
 class TestDBConnection : public QObject
 {
     Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
 
 private slots:
     void init()
@@ -43,267 +56,30 @@ private slots:
         qInstallMessageHandler(g_previous);
         // Qt warns about connections removed while in use, or databases left open.
         for (const QString& w : std::as_const(g_warnings))
-            QVERIFY2(!w.contains(QStringLiteral("still in use")) &&
-                         !w.contains(QStringLiteral("Error closing")),
-                     qPrintable(w));
+            QVERIFY2(!w.contains("still in use") && !w.contains("Error closing"), qPrintable(w));
     }
 
-    void openCloseRemovesQtConnection()
+    void openCloseAndParameters()
     {
-        const QString path = m_dir.filePath(QStringLiteral("a.db"));
+        const QString path = m_dir.filePath("a.db");
         auto conn = DBTest::createCollection(path);
         QVERIFY(conn->connected());
         const QString name = conn->connectionName();
         QVERIFY(QSqlDatabase::contains(name));
         QCOMPARE(conn->databasePath(), path);
+        QCOMPARE(conn->selectValue("PRAGMA foreign_keys").toInt(), 1);
+        QCOMPARE(conn->param("lockingmode"), "Normal");
         conn->close();
         QVERIFY(!conn->connected());
         QVERIFY(!QSqlDatabase::contains(name));
         QVERIFY(conn->databasePath().isEmpty());
-        // Open again, under a new name.
+        // Open again, under a new name, with a changed parameter.
+        conn->setParam("ForeignKeys", "Off");
         conn->open();
         QVERIFY(conn->connected());
         QVERIFY(conn->connectionName() != name);
-    }
-
-    void parametersApplied()
-    {
-        const QString path = m_dir.filePath(QStringLiteral("p.db"));
-        auto conn = DBTest::createCollection(path);
-        QCOMPARE(conn->selectValue(QStringLiteral("PRAGMA foreign_keys")).toInt(), 1);
-        QCOMPARE(conn->param(QStringLiteral("lockingmode")), QStringLiteral("Normal"));
-        conn->close();
-        conn->setParam(QStringLiteral("ForeignKeys"), QStringLiteral("Off"));
-        conn->open();
-        QCOMPARE(conn->selectValue(QStringLiteral("PRAGMA foreign_keys")).toInt(), 0);
-    }
-
-    void badParameters_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("unknown") << "Pasword"
-                                 << "x"
-                                 << "Unknown connection parameter 'Pasword'";
-        QTest::newRow("driver") << "DriverID"
-                                << "MSSQL"
-                                << "Invalid value 'MSSQL' of connection parameter 'DriverID'";
-        QTest::newRow("open mode") << "OpenMode"
-                                   << "Sometimes"
-                                   << "Invalid value 'Sometimes' of connection parameter 'OpenMode'";
-        QTest::newRow("locking") << "LockingMode"
-                                 << "Shared"
-                                 << "Invalid value 'Shared' of connection parameter 'LockingMode'";
-    }
-    void badParameters()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, value);
-        QFETCH(QString, message);
-        TDBConnection conn;
-        conn.setParam(QStringLiteral("Database"), m_dir.filePath(QStringLiteral("bad.db")));
-        conn.setParam(name, value);
-        try {
-            conn.open();
-            QFAIL("open() accepted a bad parameter");
-        } catch (const EDatabaseError& e) {
-            QCOMPARE(e.message(), message);
-        }
-        QVERIFY(!conn.connected());
-        QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("bad.db"))));
-    }
-
-    void notADatabase_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("text")
-            << QByteArray("This is a plain text file, not a database at all.\n").repeated(100);
-        QTest::newRow("zeros") << QByteArray(8192, '\xff');
-    }
-    void notADatabase()
-    {
-        QFETCH(QByteArray, content);
-        const QString path = m_dir.filePath(QStringLiteral("text.db"));
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(content);
-        f.close();
-        TDBConnection conn;
-        conn.setParam(QStringLiteral("Database"), path);
-        conn.setParam(QStringLiteral("OpenMode"), QStringLiteral("CreateUTF8"));
-        try {
-            conn.open();
-            QFAIL("a text file opened as a database");
-        } catch (const EDatabaseError& e) {
-            QCOMPARE(e.message(), QStringLiteral("file is not a database"));
-            QCOMPARE(e.nativeCode() & 0xFF, 26); // SQLITE_NOTADB
-        }
-        QVERIFY(!conn.connected());
-        QVERIFY(conn.connectionName().isEmpty());
-        // The file is left as it was.
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        QCOMPARE(f.readAll(), content);
-    }
-
-    void folderIsNoDatabase()
-    {
-        TDBConnection conn;
-        conn.setParam(QStringLiteral("Database"), m_dir.path());
-        try {
-            conn.open();
-            QFAIL("a folder opened as a database");
-        } catch (const EDatabaseError& e) {
-            QCOMPARE(e.message(), QStringLiteral("unable to open database file"));
-        }
-        QVERIFY(!conn.connected());
-        QVERIFY(conn.connectionName().isEmpty());
-    }
-
-    void readWriteModeNeedsExistingFile()
-    {
-        TDBConnection conn;
-        const QString path = m_dir.filePath(QStringLiteral("missing.db"));
-        conn.setParamsText(QStringLiteral("Database=%1\r\nOpenMode=ReadWrite\r\nDriverID=SQLite").arg(path));
-        QVERIFY_THROWS_EXCEPTION(EDatabaseError, conn.open());
-        QVERIFY(!QFile::exists(path));
-    }
-
-    void sqlErrorCarriesSqliteText()
-    {
-        auto conn = DBTest::createCollection(m_dir.filePath(QStringLiteral("e.db")));
-        try {
-            conn->execSQL(QStringLiteral("SELECT * FROM tblNothing"));
-            QFAIL("no error");
-        } catch (const EDatabaseError& e) {
-            QCOMPARE(e.message(), QStringLiteral("no such table: tblNothing"));
-        }
-        try {
-            conn->execSQL(QStringLiteral("INSERT INTO tblCoins (Name, WeightG) VALUES ('x', 1)"));
-            QFAIL("no error");
-        } catch (const EDatabaseError& e) {
-            QCOMPARE(e.message(), QStringLiteral("NOT NULL constraint failed: tblCoins.Metal"));
-        }
-    }
-
-    void twoConnectionsOnOneFile()
-    {
-        const QString path = m_dir.filePath(QStringLiteral("two.db"));
-        auto left = DBTest::createCollection(path);
-        auto right = DBTest::openConnection(path);
-        QVERIFY(left->connectionName() != right->connectionName());
-
-        TDBDataset leftItems(left.get());
-        leftItems.setTableName(QStringLiteral("tblCoins"));
-        leftItems.open();
-        DBTest::insertCoin(*right, QStringLiteral("From the right"), 1, 31.1035);
-        QCOMPARE(leftItems.recordCount(), 0); // fetched before the insert
-        leftItems.refresh();
-        QCOMPARE(leftItems.recordCount(), 1);
-        QCOMPARE(leftItems.fieldByName(QStringLiteral("Name")).asString(), QStringLiteral("From the right"));
-
-        // A write transaction on one side keeps the other from writing.
-        right->close();
-        right->setParam(QStringLiteral("BusyTimeout"), QStringLiteral("0"));
-        right->open();
-        left->startTransaction();
-        DBTest::insertCoin(*left, QStringLiteral("Pending"), 0, 1.0);
-        try {
-            DBTest::insertCoin(*right, QStringLiteral("Blocked"), 0, 1.0);
-            QFAIL("a second writer got in");
-        } catch (const EDatabaseError& e) {
-            QCOMPARE(e.message(), QStringLiteral("database is locked"));
-        }
-        left->commit();
-        QCOMPARE(right->selectValue(QStringLiteral("SELECT count(*) FROM tblCoins")).toInt(), 2);
-        left->close();
-        right->close();
-    }
-
-    void transactionRolledBack()
-    {
-        const QString path = m_dir.filePath(QStringLiteral("tx.db"));
-        auto conn = DBTest::createCollection(path);
-        DBTest::insertCoin(*conn, QStringLiteral("Kept"), 0, 31.1035);
-        TDBDataset items(conn.get());
-        items.setSQL(DBTest::itemsSQL());
-        items.setUpdateTableName(QStringLiteral("tblCoins"));
-        items.open();
-
-        QVERIFY(!conn->inTransaction());
-        conn->startTransaction();
-        QVERIFY(conn->inTransaction());
-        QVERIFY_THROWS_EXCEPTION(EDatabaseError, conn->startTransaction()); // no nesting
-        items.append();
-        items.fieldByName(QStringLiteral("Name")).setAsString(QStringLiteral("Rolled back"));
-        items.fieldByName(QStringLiteral("Metal")).setAsInteger(1);
-        items.fieldByName(QStringLiteral("WeightG")).setAsFloat(10);
-        items.post();
-        items.first();
-        items.edit();
-        items.fieldByName(QStringLiteral("Name")).setAsString(QStringLiteral("Renamed"));
-        items.post();
-        QCOMPARE(items.recordCount(), 2);
-        conn->rollback();
-        QVERIFY(!conn->inTransaction());
-        items.refresh();
-        QCOMPARE(items.recordCount(), 1);
-        QCOMPARE(items.fieldByName(QStringLiteral("Name")).asString(), QStringLiteral("Kept"));
-        bool haveCli = false;
-        const QString cli =
-            DBTest::sqliteCli(path, QStringLiteral("SELECT group_concat(Name) FROM tblCoins"), &haveCli);
-        if (haveCli)
-            QCOMPARE(cli, QStringLiteral("Kept"));
-    }
-
-    void closingConnectionClosesDatasets()
-    {
-        auto conn = DBTest::createCollection(m_dir.filePath(QStringLiteral("c.db")));
-        DBTest::insertCoin(*conn, QStringLiteral("A"), 0, 1.0);
-        TDBDataset mints(conn.get());
-        mints.setTableName(QStringLiteral("tblMints"));
-        TDBDataset items(conn.get());
-        items.setSQL(DBTest::itemsSQL());
-        items.setUpdateTableName(QStringLiteral("tblCoins"));
-        TDBQuery query(conn.get());
-        query.setSQL(QStringLiteral("SELECT Name FROM tblCoins"));
-        mints.open();
-        items.open();
-        query.open();
-        // A blob statement is prepared and cached too.
-        QVERIFY(items.fieldByName(QStringLiteral("PhotoFront")).isNull());
-        QStringList order;
-        QObject context; // goes before `order` does
-        items.setOnBeforeClose([&](TDBDataset&) { order << QStringLiteral("items closing"); });
-        connect(conn.get(), &TDBConnection::afterDisconnect, &context,
-                [&]() { order << QStringLiteral("disconnected"); });
-        conn->close();
-        QVERIFY(!mints.active());
-        QVERIFY(!items.active());
-        QVERIFY(!query.active());
-        QCOMPARE(order, (QStringList{QStringLiteral("items closing"), QStringLiteral("disconnected")}));
-        // And they open again on the reopened connection.
-        conn->open();
-        items.open();
-        QCOMPARE(items.recordCount(), 1);
-    }
-
-    void connectionDestroyedFirst()
-    {
-        auto conn = DBTest::createCollection(m_dir.filePath(QStringLiteral("d.db")));
-        TDBDataset items(conn.get());
-        items.setTableName(QStringLiteral("tblCoins"));
-        items.open();
-        conn.reset();
-        QVERIFY(!items.active());
-        QVERIFY(items.connection() == nullptr);
-        QVERIFY_THROWS_EXCEPTION(EDatabaseError, items.open());
-    }
-
-    void manyConnectionsAtOnce()
-    {
-        const QString path = m_dir.filePath(QStringLiteral("many.db"));
-        DBTest::createCollection(path);
+        QCOMPARE(conn->selectValue("PRAGMA foreign_keys").toInt(), 0);
+        // Several at once, each under a name of its own, gone with its object.
         std::vector<std::unique_ptr<TDBConnection>> all;
         QSet<QString> names;
         for (int i = 0; i < 8; ++i) {
@@ -316,8 +92,185 @@ private slots:
             QVERIFY(!QSqlDatabase::contains(n));
     }
 
-private:
-    QTemporaryDir m_dir;
+    void badParameters_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("message");
+        AddRow("unknown", "Pasword", "x", "Unknown connection parameter 'Pasword'");
+        AddRow("driver", "DriverID", "MSSQL", "Invalid value 'MSSQL' of connection parameter 'DriverID'");
+        AddRow("locking", "LockingMode", "Shared",
+               "Invalid value 'Shared' of connection parameter 'LockingMode'");
+        AddRow("read-write needs the file", "OpenMode", "ReadWrite", "unable to open database file");
+    }
+    void badParameters()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, value);
+        QFETCH(QString, message);
+        TDBConnection conn;
+        conn.setParam("Database", m_dir.filePath("bad.db"));
+        conn.setParam(name, value);
+        QCOMPARE(openError(conn), message);
+        QVERIFY(!conn.connected());
+        QVERIFY(!QFile::exists(m_dir.filePath("bad.db")));
+    }
+
+    // A file that is not a database, or a folder: the driver's message reaches the caller.
+    void notADatabase_data()
+    {
+        QTest::addColumn<QByteArray>("content"); // empty: the path is a folder
+        QTest::addColumn<QString>("message");
+        AddRow("text", QByteArray("A plain text file, not a database at all.\n").repeated(100),
+               "file is not a database");
+        AddRow("0xff", QByteArray(8192, '\xff'), "file is not a database");
+        AddRow("folder", QByteArray(), "unable to open database file");
+    }
+    void notADatabase()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, message);
+        const QString path = content.isEmpty() ? m_dir.path() : m_dir.filePath("text.db");
+        if (!content.isEmpty()) {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(content);
+        }
+        TDBConnection conn;
+        conn.setParam("Database", path);
+        conn.setParam("OpenMode", "CreateUTF8");
+        QCOMPARE(openError(conn), message);
+        QVERIFY(!conn.connected());
+        QVERIFY(conn.connectionName().isEmpty());
+        if (!content.isEmpty()) {
+            QFile f(path); // left as it was
+            QVERIFY(f.open(QIODevice::ReadOnly));
+            QCOMPARE(f.readAll(), content);
+        }
+    }
+
+    void sqlErrorCarriesSqliteText()
+    {
+        auto conn = DBTest::createCollection(m_dir.filePath("e.db"));
+        const auto errorOf = [&conn](const QString& sql) {
+            try {
+                conn->execSQL(sql);
+            } catch (const EDatabaseError& e) {
+                return e.message();
+            }
+            return QString();
+        };
+        QCOMPARE(errorOf("SELECT * FROM tblNothing"), "no such table: tblNothing");
+        QCOMPARE(errorOf("INSERT INTO tblCoins (Name, WeightG) VALUES ('x', 1)"),
+                 "NOT NULL constraint failed: tblCoins.Metal");
+    }
+
+    void twoConnectionsOnOneFile()
+    {
+        const QString path = m_dir.filePath("two.db");
+        auto left = DBTest::createCollection(path);
+        auto right = DBTest::openConnection(path);
+        QVERIFY(left->connectionName() != right->connectionName());
+
+        TDBDataset leftItems(left.get());
+        leftItems.setTableName("tblCoins");
+        leftItems.open();
+        DBTest::insertCoin(*right, "From the right", 1, 31.1035);
+        QCOMPARE(leftItems.recordCount(), 0); // fetched before the insert
+        leftItems.refresh();
+        QCOMPARE(leftItems.recordCount(), 1);
+        QCOMPARE(leftItems.fieldByName("Name").asString(), "From the right");
+
+        // A write transaction on one side keeps the other from writing.
+        right->close();
+        right->setParam("BusyTimeout", "0");
+        right->open();
+        left->startTransaction();
+        DBTest::insertCoin(*left, "Pending", 0, 1.0);
+        try {
+            DBTest::insertCoin(*right, "Blocked", 0, 1.0);
+            QFAIL("a second writer got in");
+        } catch (const EDatabaseError& e) {
+            QCOMPARE(e.message(), "database is locked");
+        }
+        left->commit();
+        QCOMPARE(right->selectValue("SELECT count(*) FROM tblCoins").toInt(), 2);
+    }
+
+    void transactionRolledBack()
+    {
+        const QString path = m_dir.filePath("tx.db");
+        auto conn = DBTest::createCollection(path);
+        DBTest::insertCoin(*conn, "Kept", 0, 31.1035);
+        TDBDataset items(conn.get());
+        items.setSQL(DBTest::itemsSQL());
+        items.setUpdateTableName("tblCoins");
+        items.open();
+
+        QVERIFY(!conn->inTransaction());
+        conn->startTransaction();
+        QVERIFY(conn->inTransaction());
+        QVERIFY_THROWS_EXCEPTION(EDatabaseError, conn->startTransaction()); // no nesting
+        items.append();
+        items.fieldByName("Name").setAsString("Rolled back");
+        items.fieldByName("Metal").setAsInteger(1);
+        items.fieldByName("WeightG").setAsFloat(10);
+        items.post();
+        items.first();
+        items.edit();
+        items.fieldByName("Name").setAsString("Renamed");
+        items.post();
+        QCOMPARE(items.recordCount(), 2);
+        conn->rollback();
+        QVERIFY(!conn->inTransaction());
+        items.refresh();
+        QCOMPARE(items.recordCount(), 1);
+        QCOMPARE(items.fieldByName("Name").asString(), "Kept");
+        bool haveCli = false;
+        const QString cli = DBTest::sqliteCli(path, "SELECT group_concat(Name) FROM tblCoins", &haveCli);
+        if (haveCli)
+            QCOMPARE(cli, "Kept");
+    }
+
+    void closingConnectionClosesDatasets()
+    {
+        auto conn = DBTest::createCollection(m_dir.filePath("c.db"));
+        DBTest::insertCoin(*conn, "A", 0, 1.0);
+        TDBDataset mints(conn.get());
+        mints.setTableName("tblMints");
+        TDBDataset items(conn.get());
+        items.setSQL(DBTest::itemsSQL());
+        items.setUpdateTableName("tblCoins");
+        TDBQuery query(conn.get());
+        query.setSQL("SELECT Name FROM tblCoins");
+        mints.open();
+        items.open();
+        query.open();
+        QVERIFY(items.fieldByName("PhotoFront").isNull()); // a blob statement is prepared and cached too
+        QStringList order;
+        QObject context; // goes before `order` does
+        items.setOnBeforeClose([&](TDBDataset&) { order << "items closing"; });
+        connect(conn.get(), &TDBConnection::afterDisconnect, &context, [&]() { order << "disconnected"; });
+        conn->close();
+        QVERIFY(!mints.active() && !items.active() && !query.active());
+        QCOMPARE(order, QStringList({"items closing", "disconnected"}));
+        // They open again on the reopened connection.
+        conn->open();
+        items.open();
+        QCOMPARE(items.recordCount(), 1);
+    }
+
+    void connectionDestroyedFirst()
+    {
+        auto conn = DBTest::createCollection(m_dir.filePath("d.db"));
+        TDBDataset items(conn.get());
+        items.setTableName("tblCoins");
+        items.open();
+        conn.reset();
+        QVERIFY(!items.active());
+        QVERIFY(items.connection() == nullptr);
+        QVERIFY_THROWS_EXCEPTION(EDatabaseError, items.open());
+    }
 };
 
 QTEST_GUILESS_MAIN(TestDBConnection)

@@ -31,10 +31,10 @@ private:
     void add(const QString& name, int metal)
     {
         m_ds->append();
-        m_ds->fieldByName(QStringLiteral("Name")).setAsString(name);
-        m_ds->fieldByName(QStringLiteral("Metal")).setAsInteger(metal);
-        m_ds->fieldByName(QStringLiteral("WeightG")).setAsFloat(31.1035);
-        m_ds->fieldByName(QStringLiteral("CoinType")).setAsInteger(0);
+        m_ds->fieldByName("Name").setAsString(name);
+        m_ds->fieldByName("Metal").setAsInteger(metal);
+        m_ds->fieldByName("WeightG").setAsFloat(31.1035);
+        m_ds->fieldByName("CoinType").setAsInteger(0);
         m_ds->post();
     }
 
@@ -42,16 +42,16 @@ private slots:
     void init()
     {
         QVERIFY(m_dir.isValid());
-        m_conn = DBTest::createCollection(
-            m_dir.filePath(QStringLiteral("model%1.db").arg(QTest::currentTestFunction())));
+        m_conn =
+            DBTest::createCollection(m_dir.filePath(QString("model%1.db").arg(QTest::currentTestFunction())));
         for (const char* name : {"Delta", "Alpha", "Charlie"})
             DBTest::insertCoin(*m_conn, QString::fromLatin1(name), name[0] == 'A' ? 0 : 1, 31.1035, 2, 10.0);
         m_ds = std::make_unique<TDBDataset>(m_conn.get());
         DBTest::declareItemFields(*m_ds);
         m_ds->setSQL(DBTest::itemsSQL());
-        m_ds->setUpdateTableName(QStringLiteral("tblCoins"));
-        m_ds->fieldByName(QStringLiteral("ID")).setVisible(false);
-        m_ds->fieldByName(QStringLiteral("Name")).setDisplayLabel(QStringLiteral("Item"));
+        m_ds->setUpdateTableName("tblCoins");
+        m_ds->fieldByName("ID").setVisible(false);
+        m_ds->fieldByName("Name").setDisplayLabel("Item");
     }
     void cleanup()
     {
@@ -64,14 +64,12 @@ private slots:
         TDatasetTableModel model(m_ds.get());
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QCOMPARE(model.rowCount(), 0);
-        m_ds->setIndexFieldNames(QStringLiteral("Name"));
+        m_ds->setIndexFieldNames("Name");
         m_ds->open();
         QCOMPARE(model.rowCount(), 3);
         QCOMPARE(model.columnCount(), m_ds->fieldCount() - 1); // ID hidden
-        QCOMPARE(model.headerData(model.columnOfField(QStringLiteral("Name")), Qt::Horizontal).toString(),
-                 QStringLiteral("Item"));
-        QCOMPARE(column(model, QStringLiteral("Name")),
-                 (QStringList{QStringLiteral("Alpha"), QStringLiteral("Charlie"), QStringLiteral("Delta")}));
+        QCOMPARE(model.headerData(model.columnOfField("Name"), Qt::Horizontal).toString(), "Item");
+        QCOMPARE(column(model, "Name"), (QStringList{"Alpha", "Charlie", "Delta"}));
 
         QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
         QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
@@ -80,15 +78,12 @@ private slots:
         QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
 
         // Insert shows a row at once; the post moves it to its sorted place.
-        add(QStringLiteral("Bravo"), 0);
+        add("Bravo", 0);
         QCOMPARE(inserted.count(), 1);
         QCOMPARE(moved.count(), 1);
         QVERIFY(changed.count() >= 4);
-        QCOMPARE(column(model, QStringLiteral("Name")),
-                 (QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"), QStringLiteral("Charlie"),
-                              QStringLiteral("Delta")}));
-        QCOMPARE(model.data(model.index(1, model.columnOfField(QStringLiteral("TotalPrice"))), Qt::EditRole),
-                 QVariant());
+        QCOMPARE(column(model, "Name"), (QStringList{"Alpha", "Bravo", "Charlie", "Delta"}));
+        QCOMPARE(model.data(model.index(1, model.columnOfField("TotalPrice")), Qt::EditRole), QVariant());
         QCOMPARE(model.data(model.index(1, 0), TDatasetTableModel::KeyRole).toInt(), 4);
 
         // A cancelled insert goes away again.
@@ -99,12 +94,12 @@ private slots:
         QCOMPARE(removed.count(), 1);
 
         // A post that moves a record up.
-        QVERIFY(m_ds->locate(QStringLiteral("Name"), QStringLiteral("Delta")));
+        QVERIFY(m_ds->locate("Name", "Delta"));
         m_ds->edit();
-        m_ds->fieldByName(QStringLiteral("Name")).setAsString(QStringLiteral("Aaron"));
+        m_ds->fieldByName("Name").setAsString("Aaron");
         m_ds->post();
         QCOMPARE(moved.count(), 2);
-        QCOMPARE(column(model, QStringLiteral("Name")).first(), QStringLiteral("Aaron"));
+        QCOMPARE(column(model, "Name").first(), "Aaron");
 
         // Delete.
         m_ds->first();
@@ -113,26 +108,25 @@ private slots:
         QCOMPARE(model.rowCount(), 3);
 
         // Refresh, filter, sort: resets.
-        DBTest::insertCoin(*m_conn, QStringLiteral("Echo"), 0, 1.0);
+        DBTest::insertCoin(*m_conn, "Echo", 0, 1.0);
         m_ds->refresh();
         QCOMPARE(model.rowCount(), 4);
-        m_ds->setFilter(QStringLiteral("Metal IN (0)"));
+        m_ds->setFilter("Metal IN (0)");
         m_ds->setFiltered(true);
-        QCOMPARE(column(model, QStringLiteral("Name")),
-                 (QStringList{QStringLiteral("Alpha"), QStringLiteral("Bravo"), QStringLiteral("Echo")}));
-        m_ds->setFilter(QStringLiteral("Metal IN (-1)"));
+        QCOMPARE(column(model, "Name"), (QStringList{"Alpha", "Bravo", "Echo"}));
+        m_ds->setFilter("Metal IN (-1)");
         QCOMPARE(model.rowCount(), 0);
         m_ds->setFiltered(false);
-        m_ds->setIndexFieldNames(QStringLiteral("Name:D"));
-        QCOMPARE(column(model, QStringLiteral("Name")).first(), QStringLiteral("Echo"));
+        m_ds->setIndexFieldNames("Name:D");
+        QCOMPARE(column(model, "Name").first(), "Echo");
         QVERIFY(reset.count() >= 5);
 
         // Batch work arrives as one reset.
         const qsizetype resetsBefore = reset.count();
         const qsizetype insertsBefore = inserted.count();
         m_ds->disableControls();
-        add(QStringLiteral("Foxtrot"), 2);
-        add(QStringLiteral("Golf"), 2);
+        add("Foxtrot", 2);
+        add("Golf", 2);
         m_ds->first();
         m_ds->deleteRecord();
         m_ds->enableControls();
@@ -150,7 +144,7 @@ private slots:
         m_ds->open();
         TDatasetTableModel model(m_ds.get());
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        model.setFieldNames({QStringLiteral("Name"), QStringLiteral("Qty"), QStringLiteral("TotalPrice")});
+        model.setFieldNames({"Name", "Qty", "TotalPrice"});
         QCOMPARE(model.columnCount(), 3);
         QVERIFY(!(model.flags(model.index(0, 0)) & Qt::ItemIsEditable));
         model.setEditable(true);
@@ -159,13 +153,13 @@ private slots:
         QVERIFY(model.setData(model.index(2, 1), 5));
         QCOMPARE(m_ds->state(), TDatasetState::Edit);
         QCOMPARE(m_ds->recNo(), 3);
-        QCOMPARE(model.data(model.index(2, 1)).toString(), QStringLiteral("5"));
+        QCOMPARE(model.data(model.index(2, 1)).toString(), "5");
         QCOMPARE(model.data(model.index(2, 2)).toString(),
-                 QStringLiteral("20")); // not recomputed before the post
-        QVERIFY(model.setData(model.index(0, 0), QStringLiteral("Delta 2"))); // moving posts the pending edit
+                 "20");                                       // not recomputed before the post
+        QVERIFY(model.setData(model.index(0, 0), "Delta 2")); // moving posts the pending edit
         m_ds->post();
-        QCOMPARE(model.data(model.index(2, 2)).toString(), QStringLiteral("50"));
-        QCOMPARE(model.data(model.index(0, 0)).toString(), QStringLiteral("Delta 2"));
+        QCOMPARE(model.data(model.index(2, 2)).toString(), "50");
+        QCOMPARE(model.data(model.index(0, 0)).toString(), "Delta 2");
     }
 
     void datasetDestroyedBeforeModel()

@@ -1,3 +1,4 @@
+#include "support_datarow.h"
 #include "uSpot.h"
 
 #include <QTest>
@@ -11,16 +12,16 @@ private slots:
     {
         QTest::addColumn<QString>("code");
         QTest::addColumn<int>("index");
-        QTest::newRow("gold") << "XAU" << 0;
-        QTest::newRow("silver") << "XAG" << 1;
-        QTest::newRow("platinum") << "XPT" << 2;
-        QTest::newRow("palladium") << "XPD" << 3;
-        QTest::newRow("rhodium") << "XRH" << 4;
-        QTest::newRow("copper") << "XCU" << 5;
-        QTest::newRow("lower case") << "xau" << -1;
-        QTest::newRow("blank") << "" << -1;
-        QTest::newRow("padded") << " XAU" << -1;
-        QTest::newRow("unknown") << "XBT" << -1;
+        AddRow("gold", "XAU", 0);
+        AddRow("silver", "XAG", 1);
+        AddRow("platinum", "XPT", 2);
+        AddRow("palladium", "XPD", 3);
+        AddRow("rhodium", "XRH", 4);
+        AddRow("copper", "XCU", 5);
+        AddRow("lower case", "xau", -1);
+        AddRow("blank", "", -1);
+        AddRow("padded", " XAU", -1);
+        AddRow("unknown", "XBT", -1);
     }
     void codeToIndex()
     {
@@ -60,25 +61,20 @@ private slots:
         QTest::addColumn<bool>("loaded");
         QTest::addColumn<QList<int>>("metals");
         QTest::addColumn<QList<double>>("prices");
-        const QString gold = R"({"BaseCurrency":"XAU","Price":2000.5,"DateC":"2026-11-20 10:00","ChangeAbs":-3.5,"ChangePerc":"-0.17"})";
-        const QString silver = R"({"Price":"24.25","BaseCurrency":"XAG","DateC":"d","ChangeAbs":0,"ChangePerc":"0"})";
-        QTest::newRow("gold and silver") << "[" + gold + "," + silver + "]" << false << true << QList<int>{0, 1}
-                                         << QList<double>{2000.5, 24.25};
-        QTest::newRow("gold twice") << "[" + gold + "," + gold + "]" << false << true << QList<int>{0, 0}
-                                    << QList<double>{2000.5, 2000.5};
-        QTest::newRow("lower-case code skipped")
-            << R"([{"BaseCurrency":"xau","Price":1}, {"BaseCurrency":"XPT","Price":950}])" << false << true
-            << QList<int>{2} << QList<double>{950};
-        QTest::newRow("unknown code skipped") << R"([{"BaseCurrency":"EUR","Price":1}])" << false << true
-                                              << QList<int>{} << QList<double>{};
-        QTest::newRow("root object") << R"({"BaseCurrency":"XAU","Price":1})" << false << true << QList<int>{}
-                                     << QList<double>{};
-        QTest::newRow("root scalar") << "42" << false << true << QList<int>{} << QList<double>{};
-        QTest::newRow("empty text") << "" << false << true << QList<int>{} << QList<double>{};
-        QTest::newRow("empty array") << "[]" << false << true << QList<int>{} << QList<double>{};
-        QTest::newRow("not JSON") << "<html>oops</html>" << true << false << QList<int>{} << QList<double>{};
-        QTest::newRow("truncated") << "[" + gold << true << false << QList<int>{} << QList<double>{};
-        QTest::newRow("two roots") << "[],[]" << true << false << QList<int>{} << QList<double>{};
+        const QString gold =
+            R"({"BaseCurrency":"XAU","Price":2000.5,"DateC":"2026-11-20 10:00","ChangeAbs":-3.5,"ChangePerc":"-0.17"})";
+        const QString silver =
+            R"({"Price":"24.25","BaseCurrency":"XAG","DateC":"d","ChangeAbs":0,"ChangePerc":"0"})";
+        AddRow("gold and silver", "[" + gold + "," + silver + "]", false, true, QList<int>{0, 1},
+               QList<double>{2000.5, 24.25});
+        AddRow("unknown code skipped", R"([{"BaseCurrency":"EUR","Price":1}])", false, true, QList<int>{},
+               QList<double>{});
+        AddRow("root scalar", "42", false, true, QList<int>{}, QList<double>{});
+        AddRow("empty text", "", false, true, QList<int>{}, QList<double>{});
+        AddRow("empty array", "[]", false, true, QList<int>{}, QList<double>{});
+        AddRow("not JSON", "<html>oops</html>", true, false, QList<int>{}, QList<double>{});
+        AddRow("truncated", "[" + gold, true, false, QList<int>{}, QList<double>{});
+        AddRow("two roots", "[],[]", true, false, QList<int>{}, QList<double>{});
     }
     void reply()
     {

@@ -6,15 +6,15 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
-#include <QPointer>
 #include <QRandomGenerator>
+#include <QSslCertificate>
+#include <QSslKey>
 #include <QSslSocket>
 #include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 #include <QUrl>
-#include <QUrlQuery>
 
 #include <zlib.h>
 
@@ -174,7 +174,7 @@ private:
             m_socket->write("HTTP/1.1 200 OK\r\nContent-Length: 10\r\nConnection: close\r\n\r\n");
             QTimer::singleShot(10000, this, [this] { m_socket->abort(); });
         } else if (path.startsWith("/hold/")) {
-            StartHold(path.mid(6));
+            StartCanned({200, path.mid(6), path.mid(6)});
         } else if (path.startsWith("/image/")) {
             Send(200, "OK", CachedPng(path.mid(7).split('?').value(0).toInt()),
                  "Content-Type: image/png\r\n");
@@ -237,19 +237,6 @@ private:
         m_slowTimer->start(50);
     }
 
-    void StartHold(const QByteArray& id)
-    {
-        m_holdClock.start();
-        auto* timer = new QTimer(this);
-        connect(timer, &QTimer::timeout, this, [this, timer, id] {
-            if (m_owner->IsReleased(id) || m_holdClock.hasExpired(30000)) {
-                timer->stop();
-                Send(200, "OK", id);
-            }
-        });
-        timer->start(10);
-    }
-
     static constexpr int cSlowSize = 2000;
     TTestHttpServer* m_owner;
     QTcpSocket* m_socket;
@@ -267,8 +254,8 @@ public:
     TServerCore(TTestHttpServer* owner, const QString& certificateDir) : m_owner(owner)
     {
         if (!certificateDir.isEmpty()) {
-            QFile cert(certificateDir + QStringLiteral("/cert.pem"));
-            QFile key(certificateDir + QStringLiteral("/key.pem"));
+            QFile cert(certificateDir + "/cert.pem");
+            QFile key(certificateDir + "/key.pem");
             if (cert.open(QIODevice::ReadOnly) && key.open(QIODevice::ReadOnly)) {
                 m_certificate = QSslCertificate(cert.readAll(), QSsl::Pem);
                 m_key = QSslKey(key.readAll(), QSsl::Rsa, QSsl::Pem);
@@ -310,7 +297,7 @@ private:
 
 TTestHttpServer::TTestHttpServer(const QString& certificateDir) : m_secure(!certificateDir.isEmpty())
 {
-    m_thread.setObjectName(QStringLiteral("test-http-server"));
+    m_thread.setObjectName("test-http-server");
     m_thread.start();
     m_core = new TServerCore(this, certificateDir);
     m_core->moveToThread(&m_thread);
@@ -340,9 +327,7 @@ TTestHttpServer::~TTestHttpServer()
 
 QString TTestHttpServer::BaseURL() const
 {
-    return QStringLiteral("%1://127.0.0.1:%2")
-        .arg(m_secure ? QStringLiteral("https") : QStringLiteral("http"))
-        .arg(m_port);
+    return QString("%1://127.0.0.1:%2").arg(m_secure ? "https" : "http").arg(m_port);
 }
 
 void TTestHttpServer::Record(const TSeenRequest& request)
@@ -450,14 +435,10 @@ int TTestHttpServer::AbortedSlowTransfers() const
 bool MakeSelfSignedCertificate(const QString& dir)
 {
     QProcess openssl;
-    openssl.start(QStringLiteral("openssl"),
-                  {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"),
-                   QStringLiteral("rsa:2048"), QStringLiteral("-nodes"), QStringLiteral("-keyout"),
-                   dir + QStringLiteral("/key.pem"), QStringLiteral("-out"),
-                   dir + QStringLiteral("/cert.pem"), QStringLiteral("-days"), QStringLiteral("2"),
-                   QStringLiteral("-subj"), QStringLiteral("/CN=orvane-test")});
+    openssl.start("openssl", {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-keyout", dir + "/key.pem",
+                              "-out", dir + "/cert.pem", "-days", "2", "-subj", "/CN=orvane-test"});
     return openssl.waitForFinished(60000) && openssl.exitStatus() == QProcess::NormalExit &&
-           openssl.exitCode() == 0 && QFile::exists(dir + QStringLiteral("/cert.pem"));
+           openssl.exitCode() == 0 && QFile::exists(dir + "/cert.pem");
 }
 
 quint16 FreeLocalPort()
@@ -473,10 +454,9 @@ quint16 FreeLocalPort()
 
 QString TTinyProxy::Program()
 {
-    QString found = QStandardPaths::findExecutable(QStringLiteral("tinyproxy"));
+    QString found = QStandardPaths::findExecutable("tinyproxy");
     if (found.isEmpty())
-        found = QStandardPaths::findExecutable(QStringLiteral("tinyproxy"),
-                                               {QStringLiteral("/usr/bin"), QStringLiteral("/usr/sbin")});
+        found = QStandardPaths::findExecutable("tinyproxy", {"/usr/bin", "/usr/sbin"});
     return found;
 }
 
@@ -503,14 +483,14 @@ bool TTinyProxy::Start(const QString& user, const QString& password)
                           "Allow 127.0.0.1\n";
         if (!user.isEmpty())
             conf += "BasicAuth " + user.toUtf8() + ' ' + password.toUtf8() + '\n';
-        const QString confPath = m_dir.filePath(QStringLiteral("tinyproxy.conf"));
+        const QString confPath = m_dir.filePath("tinyproxy.conf");
         QFile file(confPath);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             return false;
         file.write(conf);
         file.close();
         m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(Program(), {QStringLiteral("-d"), QStringLiteral("-c"), confPath});
+        m_process.start(Program(), {"-d", "-c", confPath});
         if (!m_process.waitForStarted(5000))
             return false;
         QDeadlineTimer deadline(5000);

@@ -4,17 +4,12 @@
 #include <QList>
 #include <QMap>
 #include <QMutex>
-#include <QObject>
 #include <QProcess>
 #include <QSet>
-#include <QSslCertificate>
-#include <QSslKey>
 #include <QString>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QWaitCondition>
-
-#include <memory>
 
 // A request as the test server saw it.
 struct TSeenRequest

@@ -1,57 +1,31 @@
 // The enciphered text worker against a real HTTP server on 127.0.0.1, with the openssl command line
 // as the independent party on the other end of the cipher.
 
+#include "support_common.h"
+#include "support_datarow.h"
 #include "support_httpserver.h"
 #include "uEncryptedDownloader.h"
 #include "uPayloadCipher.h"
 #include "uPayloadKeys.h"
-#include "uZTLog.h"
-#include "uZTStrings.h"
 
 #include <QPointer>
-#include <QStandardPaths>
 #include <QtTest>
 
 #include <memory>
 
 namespace {
 
-// Runs `openssl <args>` over input; the output, or an empty array with the failure in error.
-QByteArray RunOpenSsl(const QStringList& args, const QByteArray& input, QString* error = nullptr)
-{
-    QProcess process;
-    process.start("openssl", args);
-    if (!process.waitForStarted(10000)) {
-        if (error)
-            *error = "openssl did not start";
-        return {};
-    }
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(20000) || process.exitStatus() != QProcess::NormalExit ||
-        process.exitCode() != 0) {
-        if (error)
-            *error = "openssl failed: " + QString::fromLocal8Bit(process.readAllStandardError());
-        return {};
-    }
-    return process.readAllStandardOutput();
-}
-
-// The payload key as the command line computes it: SHA-256 of keyB followed by keyA, in hex.
-QString CommandLineKeyHex(const QString& keyA, const QString& keyB)
-{
-    return QString::fromLatin1(RunOpenSsl({"dgst", "-sha256", "-binary"}, (keyB + keyA).toUtf8()).toHex());
-}
-
 // An enciphered body made by the command line: the IV in clear, then the cipher text.
-QByteArray CommandLineBody(const QByteArray& clear, const QByteArray& iv, const QString& keyHex,
+QByteArray CommandLineBody(const QByteArray& clear, const QByteArray& iv, const QByteArray& key,
                            bool pad = true)
 {
-    QStringList args{"enc", "-aes-256-cbc", "-K", keyHex, "-iv", QString::fromLatin1(iv.toHex())};
-    if (!pad)
-        args << "-nopad";
-    const QByteArray cipher = RunOpenSsl(args, clear);
+    const QByteArray cipher = OpenSslEnc(false, key, iv, clear, !pad);
     return cipher.isEmpty() ? QByteArray() : iv + cipher;
+}
+
+QByteArray ProgramBody(const QByteArray& clear)
+{
+    return EncryptBytes(clear, PayloadKeyA, PayloadKeyB);
 }
 
 // Stands for a window that results are posted to.
@@ -59,7 +33,6 @@ class TReceiver : public QObject
 {
 public:
     QList<QStringList> Received;
-
     bool event(QEvent* e) override
     {
         auto* message = dynamic_cast<TPostedMessage*>(e);
@@ -69,25 +42,6 @@ public:
         message->TakeLParam();
         return true;
     }
-};
-
-class TLogCapture : public TZTLogSink
-{
-public:
-    void LogLine(const QString& line) override
-    {
-        QMutexLocker lock(&m_lock);
-        m_lines.append(line);
-    }
-    QStringList Lines()
-    {
-        QMutexLocker lock(&m_lock);
-        return m_lines;
-    }
-
-private:
-    QMutex m_lock;
-    QStringList m_lines;
 };
 
 struct TOutcome
@@ -108,11 +62,11 @@ class TestEncryptedDownloader : public QObject
 
 private:
     std::unique_ptr<TTestHttpServer> m_http;
-    QString m_keyHex;
+    QByteArray m_key;
     int m_batch = 0;
 
     QByteArray Path() const { return "/svc/b" + QByteArray::number(m_batch); }
-    QString Url() const { return m_http->URL(QString::fromLatin1(Path())); }
+    QString Url() const { return m_http->URL(Path()); }
 
     // Runs one worker over url to its end; postData goes out enciphered.
     TOutcome Run(const QString& url, const QString& postData = {},
@@ -148,21 +102,19 @@ private:
 private slots:
     void initTestCase()
     {
-        if (QStandardPaths::findExecutable("openssl").isEmpty())
+        if (!HaveProgram("openssl"))
             QSKIP("the openssl command line is not installed");
-        QVERIFY(LoadBuiltInLanguage("ENGLISHLANG", "English"));
-        m_keyHex = CommandLineKeyHex(PayloadKeyA, PayloadKeyB);
-        QCOMPARE(m_keyHex.size(), 64);
+        LoadEnglish();
+        m_key = OpenSslKey(PayloadKeyA, PayloadKeyB);
+        QCOMPARE(m_key.size(), 32);
         m_http = std::make_unique<TTestHttpServer>();
         QVERIFY(m_http->IsListening());
     }
-
     void init()
     {
         ++m_batch;
         m_http->ClearRequests();
     }
-
     void cleanupTestCase() { m_http.reset(); }
 
     // A reply enciphered by the program or by the command line reaches OnText and the subscriber as
@@ -174,21 +126,19 @@ private slots:
         QTest::addColumn<QStringList>("lines");
         const QByteArray json = R"([{"BaseCurrency":"XAU","Price":2000.5}])";
         const QByteArray text = "first\r\nzweite Zeile \xc3\xa4\xc3\xb6\xc3\xbc\nthird\n";
-        const QStringList textLines{"first", QString::fromUtf8("zweite Zeile \xc3\xa4\xc3\xb6\xc3\xbc"),
-                                    "third"};
-        // 16 bytes of clear text: a whole block of padding follows.
-        const QByteArray block = "0123456789abcdef";
         const QByteArray large = QByteArray("line of a longer reply\n").repeated(3000);
-        QStringList largeLines;
-        for (int i = 0; i < 3000; ++i)
-            largeLines << "line of a longer reply";
         for (bool commandLine : {false, true}) {
             const char* by = commandLine ? "command line" : "program";
-            QTest::addRow("json, %s", by) << commandLine << json << QStringList{QString::fromUtf8(json)};
-            QTest::addRow("utf-8 lines, %s", by) << commandLine << text << textLines;
-            QTest::addRow("one block, %s", by) << commandLine << block << QStringList{"0123456789abcdef"};
+            QTest::addRow("json, %s", by) << commandLine << json << QStringList{json};
+            QTest::addRow("utf-8 lines, %s", by)
+                << commandLine << text << QStringList{"first", "zweite Zeile äöü", "third"};
+            // 16 bytes of clear text: a whole block of padding follows.
+            QTest::addRow("one block, %s", by)
+                << commandLine << QByteArray("0123456789abcdef") << QStringList{"0123456789abcdef"};
             QTest::addRow("empty text, %s", by) << commandLine << QByteArray() << QStringList{};
-            QTest::addRow("large, %s", by) << commandLine << large << largeLines;
+            QTest::addRow("large, %s", by)
+                << commandLine << large
+                << QString("line of a longer reply\n").repeated(3000).split('\n', Qt::SkipEmptyParts);
         }
     }
     void replyDeciphers()
@@ -198,8 +148,8 @@ private slots:
         QFETCH(QStringList, lines);
         const QByteArray body =
             commandLine
-                ? CommandLineBody(clear, QByteArray::fromHex("000102030405060708090a0b0c0d0e0f"), m_keyHex)
-                : EncryptBytes(clear, PayloadKeyA, PayloadKeyB);
+                ? CommandLineBody(clear, QByteArray::fromHex("000102030405060708090a0b0c0d0e0f"), m_key)
+                : ProgramBody(clear);
         QVERIFY(body.size() >= 32);
         m_http->SetReply(Path(), {200, body, {}});
 
@@ -208,12 +158,11 @@ private slots:
         QCOMPARE(outcome.TextCalls, 1);
         QVERIFY(outcome.TextOnMainThread);
         QCOMPARE(outcome.Lines, lines);
-        QCOMPARE(outcome.Posted.size(), 1);
-        QCOMPARE(outcome.Posted.first(), lines);
+        QCOMPARE(outcome.Posted, QList<QStringList>{lines});
         QCOMPARE(outcome.Statuses, QStringList{"2:Downloading data..."});
         const QList<TSeenRequest> seen = m_http->RequestsFor(Path());
         QCOMPARE(seen.size(), 1);
-        QCOMPARE(seen.first().Method, QByteArray("GET"));
+        QCOMPARE(seen.first().Method, "GET");
         QCOMPARE(seen.first().Body, QByteArray());
     }
 
@@ -222,85 +171,67 @@ private slots:
     {
         QTest::addColumn<QString>("postData");
         QTest::addColumn<int>("lines");
-        QTest::newRow("short") << QString::fromUtf8("action=search&q=Kr\xc3\xbcgerrand") << 1;
-        QTest::newRow("several base64 lines") << QString("q=").append(QString("abc").repeated(60)) << 5;
+        AddRow("short", QString("action=search&q=Krügerrand"), 1);
+        AddRow("several base64 lines", "q=" + QString("abc").repeated(60), 5);
     }
     void postDataDeciphersWithCommandLine()
     {
         QFETCH(QString, postData);
         QFETCH(int, lines);
-        m_http->SetReply(Path(), {200, EncryptBytes("[]", PayloadKeyA, PayloadKeyB), {}});
+        m_http->SetReply(Path(), {200, ProgramBody("[]"), {}});
 
         const TOutcome outcome = Run(Url(), postData);
         QVERIFY(outcome.Ended);
         QCOMPARE(outcome.Lines, QStringList{"[]"});
         const QList<TSeenRequest> seen = m_http->RequestsFor(Path());
         QCOMPARE(seen.size(), 1);
-        QCOMPARE(seen.first().Method, QByteArray("POST"));
-        const QByteArray sent = seen.first().Body;
-        const QList<QByteArray> sentLines = sent.trimmed().split('\n');
+        QCOMPARE(seen.first().Method, "POST");
+        const QList<QByteArray> sentLines = seen.first().Body.trimmed().split('\n');
         QCOMPARE(sentLines.size(), lines);
         for (qsizetype i = 0; i + 1 < sentLines.size(); ++i)
             QCOMPARE(sentLines.at(i).trimmed().size(), 64);
-
-        const QByteArray body = QByteArray::fromBase64(QByteArray(sent).replace("\r", "").replace("\n", ""));
+        const QByteArray body = QByteArray::fromBase64(seen.first().Body);
         QVERIFY(body.size() >= 32);
-        QString error;
-        const QByteArray clear = RunOpenSsl(
-            {"enc", "-d", "-aes-256-cbc", "-K", m_keyHex, "-iv", QString::fromLatin1(body.left(16).toHex())},
-            body.mid(16), &error);
-        QVERIFY2(error.isEmpty(), qPrintable(error));
-        QCOMPARE(QString::fromUtf8(clear), postData);
+        QCOMPARE(QString::fromUtf8(OpenSslEnc(true, m_key, body.left(16), body.mid(16))), postData);
     }
 
-    // A body that cannot be deciphered, or a status other than 200, ends the worker with no text and
-    // no posted result; its end is still reported.
+    // A body that cannot be deciphered, a status other than 200, or a connection that cannot be made
+    // end the worker with no text and no posted result.
     void badRepliesEndWithoutResult_data()
     {
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("body");
         const QByteArray iv = QByteArray::fromHex("f0e1d2c3b4a5968778695a4b3c2d1e0f");
-        const QByteArray good = CommandLineBody("[]", iv, m_keyHex);
-        QTest::newRow("0 bytes") << 200 << QByteArray();
-        QTest::newRow("15 bytes") << 200 << good.left(15);
-        QTest::newRow("16 bytes: IV only") << 200 << good.left(16);
-        QTest::newRow("17 bytes") << 200 << good.left(17);
-        QTest::newRow("not a multiple of the block") << 200 << good + "x";
+        const QByteArray good = CommandLineBody("[]", iv, m_key);
+        AddRow("0 bytes", 200, QByteArray());
+        AddRow("15 bytes", 200, good.left(15));
+        AddRow("16 bytes: IV only", 200, good.left(16));
+        AddRow("17 bytes", 200, good.left(17));
         // Cipher text of a clear block that ends in 'A' (65): no valid padding.
-        QTest::newRow("wrong padding") << 200 << CommandLineBody(QByteArray(32, 'A'), iv, m_keyHex, false);
-        QTest::newRow("swapped constants")
-            << 200 << CommandLineBody("[]", iv, CommandLineKeyHex(PayloadKeyB, PayloadKeyA));
-        QTest::newRow("plain text reply") << 200 << QByteArray("<html>maintenance</html>");
-        QTest::newRow("404 with a good body") << 404 << good;
-        QTest::newRow("500 with a good body") << 500 << good;
+        AddRow("wrong padding", 200, CommandLineBody(QByteArray(32, 'A'), iv, m_key, false));
+        AddRow("swapped constants", 200, CommandLineBody("[]", iv, OpenSslKey(PayloadKeyB, PayloadKeyA)));
+        AddRow("plain text reply", 200, QByteArray("<html>maintenance</html>"));
+        AddRow("404 with a good body", 404, good);
+        AddRow("refused connection", 0, QByteArray());
     }
     void badRepliesEndWithoutResult()
     {
         QFETCH(int, status);
         QFETCH(QByteArray, body);
         m_http->SetReply(Path(), {status, body, {}});
-
-        const TOutcome outcome = Run(Url());
+        const TOutcome outcome =
+            Run(status ? Url() : QString("http://127.0.0.1:%1/svc").arg(FreeLocalPort()));
         QVERIFY(outcome.Ended);
         QCOMPARE(outcome.TextCalls, 0);
         QCOMPARE(outcome.Posted.size(), 0);
-        QCOMPARE(m_http->CountFor(Path()), 1);
-    }
-
-    // A connection that cannot be made raises on the worker, which ends in silence.
-    void refusedConnectionEndsWithoutResult()
-    {
-        const TOutcome outcome = Run(QString("http://127.0.0.1:%1/svc").arg(FreeLocalPort()));
-        QVERIFY(outcome.Ended);
-        QCOMPARE(outcome.TextCalls, 0);
-        QCOMPARE(outcome.Posted.size(), 0);
+        QCOMPARE(m_http->CountFor(Path()), status ? 1 : 0);
     }
 
     // A stop during the transfer ends the worker at once, without a result.
     void stopDuringTransfer()
     {
         const QByteArray hold = "held-" + QByteArray::number(m_batch);
-        m_http->SetReply(Path(), {200, EncryptBytes("[]", PayloadKeyA, PayloadKeyB), hold});
+        m_http->SetReply(Path(), {200, ProgramBody("[]"), hold});
         const TOutcome outcome = Run(Url(), {}, [this](TEncryptedTextDownloader* worker) {
             QVERIFY(m_http->WaitForRequests(Path(), 1, 10000));
             worker->Terminate();
@@ -314,7 +245,7 @@ private slots:
     // An error that OnText raises on the main thread ends the worker instead of the event loop.
     void errorInOnTextEndsTheWorker()
     {
-        m_http->SetReply(Path(), {200, EncryptBytes("[]", PayloadKeyA, PayloadKeyB), {}});
+        m_http->SetReply(Path(), {200, ProgramBody("[]"), {}});
         bool ended = false;
         int calls = 0;
         auto worker = std::make_unique<TEncryptedTextDownloader>();
@@ -332,7 +263,7 @@ private slots:
     // With the debug switch on, the worker logs the URL that it fetches.
     void logsTheDownload()
     {
-        m_http->SetReply(Path(), {200, EncryptBytes("[]", PayloadKeyA, PayloadKeyB), {}});
+        m_http->SetReply(Path(), {200, ProgramBody("[]"), {}});
         TLogCapture capture;
         SetLogSink(&capture);
         DebugMode = true;
@@ -340,9 +271,9 @@ private slots:
         DebugMode = false;
         RemoveLogSink(&capture);
         QVERIFY(outcome.Ended);
-        const QStringList lines = capture.Lines();
-        QCOMPARE(lines.size(), 1);
-        QVERIFY2(lines.first().endsWith("] Downloading " + Url() + " ..."), qPrintable(lines.first()));
+        QCOMPARE(capture.Lines().size(), 1);
+        QVERIFY2(capture.Lines().first().endsWith("] Downloading " + Url() + " ..."),
+                 qPrintable(capture.Lines().first()));
     }
 };
 

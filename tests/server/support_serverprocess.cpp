@@ -8,7 +8,6 @@
 #include <QJsonDocument>
 #include <QNetworkReply>
 #include <QRegularExpression>
-#include <QSslCertificate>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -134,17 +133,4 @@ QJsonArray DecipherArray(const QByteArray& body)
     if (!doc.isArray())
         return QJsonArray{"not an array"};
     return doc.array();
-}
-
-QByteArray RunTool(const QString& program, const QStringList& arguments, const QByteArray& input)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForStarted(10000))
-        return {};
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(30000) || process.exitCode() != 0)
-        return {};
-    return process.readAllStandardOutput();
 }

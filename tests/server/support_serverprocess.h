@@ -57,6 +57,3 @@ QByteArray Decipher(const QByteArray& body);
 // The deciphered reply as a JSON array; a reply that is no array gives a one-element array
 // holding the text "not an array".
 QJsonArray DecipherArray(const QByteArray& body);
-
-// Runs a command line tool, feeding it input; returns stdout, or an empty array on failure.
-QByteArray RunTool(const QString& program, const QStringList& arguments, const QByteArray& input = {});

@@ -7,6 +7,8 @@
 #include "frmDebug.h"
 #include "frmMain.h"
 #include "frmSplash.h"
+#include "support_common.h"
+#include "support_datarow.h"
 #include "uDBError.h"
 #include "uOrvaneApplication.h"
 #include "uSplashText.h"
@@ -15,7 +17,6 @@
 #include "uTemplate.h"
 #include "uZTLog.h"
 #include "uZTMessages.h"
-#include "uZTRegistrySettings.h"
 #include "uZTSettings.h"
 #include "uZTStrings.h"
 #include "uZTTypes.h"
@@ -27,8 +28,6 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSignalSpy>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QToolButton>
@@ -41,20 +40,6 @@
 
 namespace {
 
-const QString cRoot = QStringLiteral("Software\\Brenmoor\\Orvane");
-
-// Answers every box with OK and keeps what it was asked.
-class TRecordingPresenter : public TMessagePresenter
-{
-public:
-    QList<TMessageBoxRequest> Requests;
-    int Present(const TMessageBoxRequest& request) override
-    {
-        Requests << request;
-        return mrOk;
-    }
-};
-
 class TCannedDialogs : public TFileDialogSeam
 {
 public:
@@ -66,28 +51,19 @@ private:
     QString Next() { return Answers.isEmpty() ? QString() : Answers.takeFirst(); }
 };
 
-TZTRegistrySettings Store()
-{
-    return TZTRegistrySettings(cHKEY_CURRENT_USER, cRoot);
-}
-
-void WriteFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
-void ExecSql(const QString& path, const char* sql)
+// Runs statements on a file with SQLite directly; the first column of the last row they give.
+QString ExecSql(const QString& path, const char* sql)
 {
     sqlite3* db = nullptr;
-    QCOMPARE(sqlite3_open(path.toUtf8().constData(), &db), SQLITE_OK);
-    char* error = nullptr;
-    const int rc = sqlite3_exec(db, sql, nullptr, nullptr, &error);
-    const QString message = QString::fromUtf8(error ? error : "");
-    sqlite3_free(error);
+    QString last;
+    const auto keep = [](void* out, int, char** values, char**) {
+        *static_cast<QString*>(out) = QString::fromUtf8(values[0] ? values[0] : "");
+        return 0;
+    };
+    if (sqlite3_open(path.toUtf8().constData(), &db) == SQLITE_OK)
+        sqlite3_exec(db, sql, keep, &last, nullptr);
     sqlite3_close(db);
-    QVERIFY2(rc == SQLITE_OK, qPrintable(message));
+    return last;
 }
 
 } // namespace
@@ -97,7 +73,7 @@ class TestStartup : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<TTempSettingsHome> m_home;
     std::unique_ptr<QTemporaryDir> m_files;
     TRecordingPresenter m_presenter;
     TCannedDialogs m_dialogs;
@@ -154,17 +130,11 @@ private:
     }
 
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
-
     void init()
     {
-        m_home = std::make_unique<QTemporaryDir>();
+        // The store of a run is made by phase A; UserStore() serves the test's own reads and writes.
+        m_home = std::make_unique<TTempSettingsHome>(false);
         m_files = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_home->isValid() && m_files->isValid());
-        qputenv("HOME", m_home->path().toLocal8Bit());
-        qputenv("XDG_CONFIG_HOME", (m_home->path() + QStringLiteral("/config")).toLocal8Bit());
-        // The store of a run is made by phase A; this one serves the test's own reads and writes.
-        SetSettingsStore(nullptr);
         XMLLanguage().SetLanguageFolder(QString());
         SetMessagePresenter(&m_presenter);
         m_presenter.Requests.clear();
@@ -178,17 +148,15 @@ private slots:
         SpotPrices().Clear();
     }
 
-    // ---- DBPath at start ------------------------------------------------------------------------------
-
     void startWithDBPath_data()
     {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<bool>("connected");
         QTest::addColumn<int>("boxes");
-        QTest::newRow("first start, DBPath empty") << "empty" << false << 0;
-        QTest::newRow("file deleted since the last run") << "missing" << false << 0;
-        QTest::newRow("sound file") << "sound" << true << 0;
-        QTest::newRow("damaged file") << "damaged" << false << 1;
+        AddRow("first start, DBPath empty", "empty", false, 0);
+        AddRow("file deleted since the last run", "missing", false, 0);
+        AddRow("sound file", "sound", true, 0);
+        AddRow("damaged file", "damaged", false, 1);
     }
 
     void startWithDBPath()
@@ -197,16 +165,16 @@ private slots:
         QFETCH(bool, connected);
         QFETCH(int, boxes);
         QString dbPath;
-        if (kind == QLatin1String("missing"))
-            dbPath = Path(QStringLiteral("deleted.db"));
-        else if (kind == QLatin1String("sound"))
-            dbPath = MakeCollection(QStringLiteral("sound.db"));
-        else if (kind == QLatin1String("damaged")) {
-            dbPath = Path(QStringLiteral("damaged.db"));
+        if (kind == QString("missing"))
+            dbPath = Path("deleted.db");
+        else if (kind == QString("sound"))
+            dbPath = MakeCollection("sound.db");
+        else if (kind == QString("damaged")) {
+            dbPath = Path("damaged.db");
             WriteFile(dbPath, QByteArray(16384, 'Z'));
         }
-        Store().SetStringValue(QStringLiteral("DBPath"), QString(), dbPath);
-        const QString sound = MakeCollection(QStringLiteral("reachable.db"));
+        UserStore().SetStringValue("DBPath", QString(), dbPath);
+        const QString sound = MakeCollection("reachable.db");
 
         RunProgram([&](TOrvaneStartup& startup) {
             TORVMainForm* form = startup.MainForm();
@@ -227,37 +195,35 @@ private slots:
                 QVERIFY(!startup.SplashForm());
             }
             if (connected) {
-                QCOMPARE(form->windowTitle(), QStringLiteral("sound.db - Orvane"));
+                QCOMPARE(form->windowTitle(), "sound.db - Orvane");
             } else {
-                QCOMPARE(form->windowTitle(), QStringLiteral("Orvane"));
-                QCOMPARE(form->lItems()->text(), QStringLiteral("< No data to display >"));
+                QCOMPARE(form->windowTitle(), "Orvane");
+                QCOMPARE(form->lItems()->text(), "< No data to display >");
             }
             // The window is usable: open reaches a sound file.
             m_dialogs.Answers << sound;
             form->actDBOpen()->trigger();
             QVERIFY(form->Controller()->Connected());
-            QCOMPARE(form->windowTitle(), QStringLiteral("reachable.db - Orvane"));
+            QCOMPARE(form->windowTitle(), "reachable.db - Orvane");
             QCoreApplication::processEvents();
             QVERIFY(form->actDBProperties()->isEnabled());
             // Back to the start's collection so that DBPath is what the test began with.
             form->Data().ADConnection->close();
             DBPath = dbPath;
         });
-        QCOMPARE(Store().GetStringValue(QStringLiteral("DBPath"), QStringLiteral("?")), dbPath);
+        QCOMPARE(UserStore().GetStringValue("DBPath", "?"), dbPath);
         QVERIFY(!DM_InternalData());
     }
 
-    // ---- Settings the window keeps --------------------------------------------------------------------
-
     void geometryFromTheStore()
     {
-        TZTRegistrySettings store = Store();
-        store.SetIntValue(QStringLiteral("MainForm.Left"), 10, 123);
-        store.SetIntValue(QStringLiteral("MainForm.Top"), 10, 77);
-        store.SetIntValue(QStringLiteral("MainForm.Width"), 1040, 700);
-        store.SetIntValue(QStringLiteral("MainForm.Height"), 830, 500);
-        store.SetBoolValue(QStringLiteral("MainForm.Maximized"), true, false);
-        store.SetIntValue(QStringLiteral("CurrentView"), 1, 7);
+        TZTRegistrySettings store = UserStore();
+        store.SetIntValue("MainForm.Left", 10, 123);
+        store.SetIntValue("MainForm.Top", 10, 77);
+        store.SetIntValue("MainForm.Width", 1040, 700);
+        store.SetIntValue("MainForm.Height", 830, 500);
+        store.SetBoolValue("MainForm.Maximized", true, false);
+        store.SetIntValue("CurrentView", 1, 7);
 
         RunProgram([&](TOrvaneStartup& startup) {
             TORVMainForm* form = startup.MainForm();
@@ -266,13 +232,13 @@ private slots:
             form->resize(810, 620);
             QCoreApplication::processEvents();
         });
-        QCOMPARE(store.GetIntValue(QStringLiteral("MainForm.Left"), 0), 123);
-        QCOMPARE(store.GetIntValue(QStringLiteral("MainForm.Top"), 0), 77);
-        QCOMPARE(store.GetIntValue(QStringLiteral("MainForm.Width"), 0), 810);
-        QCOMPARE(store.GetIntValue(QStringLiteral("MainForm.Height"), 0), 620);
-        QCOMPARE(store.GetBoolValue(QStringLiteral("MainForm.Maximized"), true), false);
+        QCOMPARE(store.GetIntValue("MainForm.Left", 0), 123);
+        QCOMPARE(store.GetIntValue("MainForm.Top", 0), 77);
+        QCOMPARE(store.GetIntValue("MainForm.Width", 0), 810);
+        QCOMPARE(store.GetIntValue("MainForm.Height", 0), 620);
+        QCOMPARE(store.GetBoolValue("MainForm.Maximized", true), false);
         // A view number without a view: left alone, and written back as it was.
-        QCOMPARE(store.GetIntValue(QStringLiteral("CurrentView"), 0), 7);
+        QCOMPARE(store.GetIntValue("CurrentView", 0), 7);
     }
 
     void emptyStoreStartsMaximisedWithDefaults()
@@ -283,69 +249,56 @@ private slots:
             QVERIFY(form->isMaximized());
             QVERIFY(!form->Controller()->Connected());
         });
-        TZTRegistrySettings store = Store();
-        QCOMPARE(store.GetIntValue(QStringLiteral("MainForm.Width"), 0), 1040);
-        QCOMPARE(store.GetIntValue(QStringLiteral("MainForm.Height"), 0), 830);
-        QCOMPARE(store.GetIntValue(QStringLiteral("MainForm.Left"), 0), 10);
-        QCOMPARE(store.GetBoolValue(QStringLiteral("MainForm.Maximized"), false), true);
-        QCOMPARE(store.GetStringValue(QStringLiteral("Language"), QString()), QStringLiteral("English"));
-        QCOMPARE(store.GetStringValue(QStringLiteral("DBPath"), QStringLiteral("?")), QString());
+        TZTRegistrySettings store = UserStore();
+        QCOMPARE(store.GetIntValue("MainForm.Width", 0), 1040);
+        QCOMPARE(store.GetIntValue("MainForm.Height", 0), 830);
+        QCOMPARE(store.GetIntValue("MainForm.Left", 0), 10);
+        QCOMPARE(store.GetBoolValue("MainForm.Maximized", false), true);
+        QCOMPARE(store.GetStringValue("Language", QString()), "English");
+        QCOMPARE(store.GetStringValue("DBPath", "?"), QString());
     }
-
-    // ---- A collection made on one run opens by itself on the next --------------------------------------
 
     void newCollectionOpensOnTheNextStart()
     {
-        const QString file = Path(QStringLiteral("My coins.db"));
+        const QString file = Path("My coins.db");
         RunProgram([&](TOrvaneStartup& startup) {
-            m_dialogs.Answers << Path(QStringLiteral("My coins"));
+            m_dialogs.Answers << Path("My coins");
             startup.MainForm()->actDBNew()->trigger();
             QVERIFY(startup.MainForm()->Controller()->Connected());
         });
         QVERIFY(QFileInfo::exists(file));
-        QCOMPARE(QFileInfo(Store().GetStringValue(QStringLiteral("DBPath"), QString())), QFileInfo(file));
+        QCOMPARE(QFileInfo(UserStore().GetStringValue("DBPath", QString())), QFileInfo(file));
 
         ExecSql(file, "INSERT INTO tblCoins (Name, Metal, WeightG) VALUES ('Maple Leaf', 0, 31.1035)");
         RunProgram([&](TOrvaneStartup& startup) {
             TORVMainForm* form = startup.MainForm();
             QVERIFY(form->Controller()->Connected());
-            QCOMPARE(form->windowTitle(), QStringLiteral("My coins.db - Orvane"));
+            QCOMPARE(form->windowTitle(), "My coins.db - Orvane");
             QCOMPARE(form->Controller()->ItemCount(), 1);
-            QCOMPARE(form->lItems()->text(), QStringLiteral("1"));
+            QCOMPARE(form->lItems()->text(), "1");
             QVERIFY(form->actDBProperties()->isEnabled());
         });
         QCOMPARE(m_presenter.Requests.size(), 0);
     }
 
-    // ---- Shutdown -------------------------------------------------------------------------------------
-
     void closeWithAFailingPostKeepsTheWindow()
     {
-        Store().SetStringValue(QStringLiteral("DBPath"), QString(),
-                               MakeCollection(QStringLiteral("edit.db")));
+        UserStore().SetStringValue("DBPath", QString(), MakeCollection("edit.db"));
         RunProgram([&](TOrvaneStartup& startup) {
             TORVMainForm* form = startup.MainForm();
             TDBDataset& items = *form->Data().qDS_Items;
             QVERIFY(items.active());
             items.append();
-            items.fieldByName(QStringLiteral("Metal")).setAsInteger(1); // Name missing
+            items.fieldByName("Metal").setAsInteger(1); // Name missing
             QVERIFY(!form->close());
             QVERIFY(form->isVisible());
             QCOMPARE(m_presenter.Requests.size(), qsizetype(1));
             QVERIFY(!m_presenter.Requests[0].Text.isEmpty());
             // Once the row is complete, closing posts it.
-            items.fieldByName(QStringLiteral("Name")).setAsString(QStringLiteral("Finished at close"));
-            items.fieldByName(QStringLiteral("WeightG")).setAsFloat(31.1035);
+            items.fieldByName("Name").setAsString("Finished at close");
+            items.fieldByName("WeightG").setAsFloat(31.1035);
         });
-        sqlite3* db = nullptr;
-        QCOMPARE(sqlite3_open(Path(QStringLiteral("edit.db")).toUtf8().constData(), &db), SQLITE_OK);
-        sqlite3_stmt* stmt = nullptr;
-        QCOMPARE(sqlite3_prepare_v2(db, "SELECT Name FROM tblCoins", -1, &stmt, nullptr), SQLITE_OK);
-        QCOMPARE(sqlite3_step(stmt), SQLITE_ROW);
-        QCOMPARE(QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0))),
-                 QStringLiteral("Finished at close"));
-        sqlite3_finalize(stmt);
-        sqlite3_close(db);
+        QCOMPARE(ExecSql(Path("edit.db"), "SELECT Name FROM tblCoins"), "Finished at close");
     }
 
     void errorInAnEventHandlerIsShownAndTheLoopGoesOn()
@@ -354,89 +307,83 @@ private slots:
             auto* app = qobject_cast<TOrvaneApplication*>(QCoreApplication::instance());
             QVERIFY(app);
             const int before = app->HandledExceptionCount();
-            QTimer::singleShot(0, startup.MainForm(),
-                               [] { throw EDatabaseError(QStringLiteral("disk I/O error")); });
+            QTimer::singleShot(0, startup.MainForm(), [] { throw EDatabaseError("disk I/O error"); });
             QTimer::singleShot(0, startup.MainForm(), [] { throw std::runtime_error("plain failure"); });
             QTRY_COMPARE(app->HandledExceptionCount(), before + 2);
             QCOMPARE(m_presenter.Requests.size(), qsizetype(2));
-            QCOMPARE(m_presenter.Requests[0].Text, QStringLiteral("disk I/O error"));
-            QCOMPARE(m_presenter.Requests[1].Text, QStringLiteral("plain failure"));
+            QCOMPARE(m_presenter.Requests[0].Text, "disk I/O error");
+            QCOMPARE(m_presenter.Requests[1].Text, "plain failure");
         });
     }
 
-    // ---- Languages ------------------------------------------------------------------------------------
-
     void missingLanguageFileGivesEnglish()
     {
-        Store().SetStringValue(QStringLiteral("Language"), QString(), QStringLiteral("Klingon"));
+        UserStore().SetStringValue("Language", QString(), "Klingon");
         RunProgram([&](TOrvaneStartup& startup) {
             TORVMainForm* form = startup.MainForm();
-            QCOMPARE(form->actDBNew()->text(), QStringLiteral("New database"));
-            QCOMPARE(form->actExit()->text(), QStringLiteral("Quit application"));
-            QCOMPARE(form->SpotButton(mtGold)->text(), QStringLiteral("Gold"));
+            QCOMPARE(form->actDBNew()->text(), "New database");
+            QCOMPARE(form->actExit()->text(), "Quit application");
+            QCOMPARE(form->SpotButton(mtGold)->text(), "Gold");
         });
-        QCOMPARE(Store().GetStringValue(QStringLiteral("Language"), QString()), QStringLiteral("English"));
+        QCOMPARE(UserStore().GetStringValue("Language", QString()), "English");
     }
 
     void languageMenuSwitchesTheWindow()
     {
-        XMLLanguage().SetLanguageFolder(qEnvironmentVariable("ORV_SOURCE_DIR") +
-                                        QStringLiteral("/data/lang/"));
-        Store().SetStringValue(QStringLiteral("Language"), QString(), QStringLiteral("German"));
+        XMLLanguage().SetLanguageFolder(qEnvironmentVariable("ORV_SOURCE_DIR") + "/data/lang/");
+        UserStore().SetStringValue("Language", QString(), "German");
         RunProgram([&](TOrvaneStartup& startup) {
             TORVMainForm* form = startup.MainForm();
-            QCOMPARE(form->actDBNew()->text(), QStringLiteral("Neue Datenbank"));
-            QCOMPARE(form->lItems()->text(), QStringLiteral("< Keine Daten vorhanden >"));
-            QCOMPARE(form->mnuLanguage()->title(), QStringLiteral("Sprache"));
+            QCOMPARE(form->actDBNew()->text(), "Neue Datenbank");
+            QCOMPARE(form->lItems()->text(), "< Keine Daten vorhanden >");
+            QCOMPARE(form->mnuLanguage()->title(), "Sprache");
 
             form->FillLanguageMenu();
             QAction* english = nullptr;
             QStringList names;
             for (QAction* action : form->mnuLanguage()->actions()) {
                 names << action->data().toString();
-                if (action->data().toString() == QLatin1String("English"))
+                if (action->data().toString() == QString("English"))
                     english = action;
-                if (action->data().toString() == QLatin1String("German"))
+                if (action->data().toString() == QString("German"))
                     QVERIFY(action->isChecked());
             }
             QVERIFY2(english, qPrintable(names.join(u',')));
             english->trigger();
-            QCOMPARE(CurrentLanguage(), QStringLiteral("English"));
-            QCOMPARE(form->actDBNew()->text(), QStringLiteral("New database"));
-            QCOMPARE(form->actDBProperties()->text(), QStringLiteral("Database properties"));
-            QCOMPARE(form->SpotButton(mtSilver)->text(), QStringLiteral("Silver"));
-            QCOMPARE(form->lItems()->text(), QStringLiteral("< No data to display >"));
+            QCOMPARE(CurrentLanguage(), "English");
+            QCOMPARE(form->actDBNew()->text(), "New database");
+            QCOMPARE(form->actDBProperties()->text(), "Database properties");
+            QCOMPARE(form->SpotButton(mtSilver)->text(), "Silver");
+            QCOMPARE(form->lItems()->text(), "< No data to display >");
         });
-        QCOMPARE(Store().GetStringValue(QStringLiteral("Language"), QString()), QStringLiteral("English"));
+        QCOMPARE(UserStore().GetStringValue("Language", QString()), "English");
     }
 
     void rightToLeftLanguageTurnsTheWindow()
     {
         QTemporaryDir lang;
-        QFile english(qEnvironmentVariable("ORV_SOURCE_DIR") + QStringLiteral("/data/lang/English.xml"));
+        QFile english(qEnvironmentVariable("ORV_SOURCE_DIR") + "/data/lang/English.xml");
         QVERIFY(english.open(QIODevice::ReadOnly));
         QByteArray xml = english.readAll();
         xml.replace("BiDiMode=\"LeftToRight\"", "BiDiMode=\"RIGHTTOLEFT\"");
         xml.replace("name=\"English\"", "name=\"Mirror\"");
-        WriteFile(lang.filePath(QStringLiteral("Mirror.xml")), xml);
+        WriteFile(lang.filePath("Mirror.xml"), xml);
         XMLLanguage().SetLanguageFolder(lang.path() + u'/');
 
         RunProgram([&](TOrvaneStartup& startup) {
             TORVMainForm* form = startup.MainForm();
             QCOMPARE(form->layoutDirection(), Qt::LeftToRight);
-            QVERIFY(form->SwitchLanguage(QStringLiteral("Mirror")));
+            QVERIFY(form->SwitchLanguage("Mirror"));
             QCOMPARE(form->layoutDirection(), Qt::RightToLeft);
             TDBPropertiesForm properties(form->Data(), form);
             QCOMPARE(properties.layoutDirection(), Qt::RightToLeft);
-            QVERIFY(!form->SwitchLanguage(QStringLiteral("Absent"))); // stays as it is
+            QVERIFY(!form->SwitchLanguage("Absent")); // stays as it is
             QCOMPARE(form->layoutDirection(), Qt::RightToLeft);
-            QVERIFY(LoadBuiltInLanguage(QStringLiteral("ENGLISHLANG"), QStringLiteral("English")));
+            QVERIFY(LoadBuiltInLanguage("ENGLISHLANG", "English"));
             form->TranslateUI();
             QCOMPARE(form->layoutDirection(), Qt::LeftToRight);
         });
     }
-
-    // ---- Debug window ---------------------------------------------------------------------------------
 
     void debugSwitchShowsTheDebugWindow()
     {
@@ -449,46 +396,43 @@ private slots:
         DebugMode = false;
     }
 
-    // ---- Window parts without the loop ----------------------------------------------------------------
-
     void spotButtonsFollowTheList()
     {
         StartupPhaseA();
-        Currency = QStringLiteral("USD");
+        Currency = "USD";
         TDM_InternalData data;
         TORVMainForm form(data);
-        const QString file = MakeCollection(QStringLiteral("spot.db"));
+        const QString file = MakeCollection("spot.db");
         QVERIFY(!form.actDBProperties()->isEnabled());
         QVERIFY(data.ConnectDatabase(file));
         // The rule follows the connection at once, not only when the loop next falls idle.
         QVERIFY(form.actDBProperties()->isEnabled());
-        QCOMPARE(form.SpotButton(mtPlatinum)->text(), QStringLiteral("Platinum"));
+        QCOMPARE(form.SpotButton(mtPlatinum)->text(), "Platinum");
 
         ExecSql(file, "INSERT INTO tblCoins (Name, Metal, WeightG) VALUES ('Eagle', 0, 31.1035)");
         SpotPrices().LoadFromText(
-            QStringLiteral(
-                R"([{"BaseCurrency":"XAU","Price":2345.5,"DateC":"2024-05-06 10:00","ChangeAbs":0,"ChangePerc":"0"},
-                              {"BaseCurrency":"XAG","Price":27.25,"DateC":"2024-05-06 10:01","ChangeAbs":-0.3,"ChangePerc":"-1.1"}])"),
+            R"([{"BaseCurrency":"XAU","Price":2345.5,"DateC":"2024-05-06 10:00","ChangeAbs":0,"ChangePerc":"0"},
+                              {"BaseCurrency":"XAG","Price":27.25,"DateC":"2024-05-06 10:01","ChangeAbs":-0.3,"ChangePerc":"-1.1"}])",
             Currency);
-        QVERIFY(form.SpotButton(mtGold)->text().startsWith(QStringLiteral("Gold: ")));
-        QCOMPARE(form.SpotButton(mtGold)->toolTip(), QStringLiteral("Last updated: 2024-05-06 10:00"));
+        QVERIFY(form.SpotButton(mtGold)->text().startsWith("Gold: "));
+        QCOMPARE(form.SpotButton(mtGold)->toolTip(), "Last updated: 2024-05-06 10:00");
         QCOMPARE(form.SpotButton(mtGold)->icon().cacheKey(), form.SpotGlyphIcon(TSpotGlyph::Rise).cacheKey());
         QCOMPARE(form.SpotButton(mtSilver)->icon().cacheKey(),
                  form.SpotGlyphIcon(TSpotGlyph::Fall).cacheKey());
-        QCOMPARE(form.SpotButton(mtPlatinum)->text(), QStringLiteral("Platinum"));
+        QCOMPARE(form.SpotButton(mtPlatinum)->text(), "Platinum");
         QVERIFY(form.SpotButton(mtPlatinum)->icon().isNull());
         // The item dataset was read again for the new prices.
         QCOMPARE(data.qDS_Items->recordCount(), 1);
-        QCOMPARE(form.lItems()->text(), QStringLiteral("1"));
+        QCOMPARE(form.lItems()->text(), "1");
 
         // A reply without silver leaves its button as the last reply left it.
-        SpotPrices().LoadFromText(
-            QStringLiteral(R"([{"BaseCurrency":"XAU","Price":1,"DateC":"later","ChangeAbs":-1}])"), Currency);
-        QCOMPARE(form.SpotButton(mtGold)->toolTip(), QStringLiteral("Last updated: later"));
-        QCOMPARE(form.SpotButton(mtSilver)->toolTip(), QStringLiteral("Last updated: 2024-05-06 10:01"));
+        SpotPrices().LoadFromText(R"([{"BaseCurrency":"XAU","Price":1,"DateC":"later","ChangeAbs":-1}])",
+                                  Currency);
+        QCOMPARE(form.SpotButton(mtGold)->toolTip(), "Last updated: later");
+        QCOMPARE(form.SpotButton(mtSilver)->toolTip(), "Last updated: 2024-05-06 10:01");
         data.ADConnection->close();
         QVERIFY(!form.actDBProperties()->isEnabled());
-        QCOMPARE(form.lItems()->text(), QStringLiteral("< No data to display >"));
+        QCOMPARE(form.lItems()->text(), "< No data to display >");
         FinalizeSettings();
     }
 
@@ -497,7 +441,7 @@ private slots:
         StartupPhaseA();
         TDM_InternalData data;
         TORVMainForm form(data);
-        const QString file = MakeCollection(QStringLiteral("props.db"));
+        const QString file = MakeCollection("props.db");
         // Photographs added and deleted leave free pages that only a vacuum gives back.
         ExecSql(file, "INSERT INTO tblCoins (Name, Metal, WeightG, PhotoFront) "
                       "VALUES ('Big', 0, 1, randomblob(3000000)); DELETE FROM tblCoins;");
@@ -507,16 +451,15 @@ private slots:
         TDBPropertiesForm dialog(data, &form);
         dialog.show();
         QVERIFY(!dialog.btnCancel()->isVisible());
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Database properties"));
-        QCOMPARE(dialog.lDBFile()->text(), QStringLiteral("File: ") + data.DatabasePath);
-        QCOMPARE(dialog.lDBFileSize()->text(), QStringLiteral("File size: ") + FormatSize(before));
-        QCOMPARE(dialog.btnVacuum()->text(),
-                 QStringLiteral("Vacuum database (database file size will be reduced)"));
+        QCOMPARE(dialog.windowTitle(), "Database properties");
+        QCOMPARE(dialog.lDBFile()->text(), "File: " + data.DatabasePath);
+        QCOMPARE(dialog.lDBFileSize()->text(), "File size: " + FormatSize(before));
+        QCOMPARE(dialog.btnVacuum()->text(), "Vacuum database (database file size will be reduced)");
 
         QTest::mouseClick(dialog.btnVacuum(), Qt::LeftButton);
         const qint64 after = GetFileSize(file);
-        QVERIFY2(after < before - 2000000, qPrintable(QStringLiteral("%1 -> %2").arg(before).arg(after)));
-        QCOMPARE(dialog.lDBFileSize()->text(), QStringLiteral("File size: ") + FormatSize(after));
+        QVERIFY2(after < before - 2000000, qPrintable(QString("%1 -> %2").arg(before).arg(after)));
+        QCOMPARE(dialog.lDBFileSize()->text(), "File size: " + FormatSize(after));
         QVERIFY(dialog.isVisible());
         FinalizeSettings();
     }
@@ -529,27 +472,22 @@ private slots:
         QVERIFY(splash.windowFlags().testFlag(Qt::FramelessWindowHint));
         QCOMPARE(splash.lProd()->text(), OEMInfo.Product);
         QCOMPARE(splash.lCompany()->text(), OEMInfo.Company);
-        QCOMPARE(splash.lVersion()->text(), QStringLiteral("v ") + GetFileVersionText());
-        QVERIFY(splash.lVersion()->text().contains(
-            QRegularExpression(QStringLiteral("^v \\d+\\.\\d+\\.\\d+\\.\\d+$"))));
-        QCOMPARE(splash.lText()->text(), QStringLiteral("Program is loading..."));
+        QCOMPARE(splash.lVersion()->text(), "v " + GetFileVersionText());
+        QVERIFY(splash.lVersion()->text().contains(QRegularExpression("^v \\d+\\.\\d+\\.\\d+\\.\\d+$")));
+        QCOMPARE(splash.lText()->text(), "Program is loading...");
         QVERIFY(!splash.SplashImage()->pixmap().isNull());
 
-        ShowSplashText(QStringLiteral("hidden: ignored"));
-        QCOMPARE(splash.lText()->text(), QStringLiteral("Program is loading..."));
+        ShowSplashText("hidden: ignored");
+        QCOMPARE(splash.lText()->text(), "Program is loading...");
         splash.show();
-        ShowSplashText(QStringLiteral("Loading data..."));
-        QCOMPARE(splash.lText()->text(), QStringLiteral("Loading data..."));
-        FinalizeSettings();
-    }
-
-    void splashTextDoesNothingOnceTheSplashIsGone()
-    {
+        ShowSplashText("Loading data...");
+        QCOMPARE(splash.lText()->text(), "Loading data...");
         {
-            TSplashForm splash;
-            splash.show();
+            TSplashForm gone;
+            gone.show();
         }
-        ShowSplashText(QStringLiteral("after the splash")); // must not touch a freed window
+        ShowSplashText("after the splash"); // must not touch a freed window
+        FinalizeSettings();
     }
 };
 

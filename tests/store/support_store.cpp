@@ -1,24 +1,17 @@
 #include "support_store.h"
 
+#include "support_common.h"
 #include "uDBConnection.h"
-#include "uZTStrings.h"
 
 #include <QBuffer>
-#include <QDir>
 #include <QImage>
 #include <QPainter>
 #include <QRandomGenerator>
-#include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QtTest>
 
 void InitStoreTestEnvironment()
 {
-    QStandardPaths::setTestModeEnabled(true);
-    static QTemporaryDir configDir;
-    qputenv("XDG_CONFIG_HOME", configDir.path().toUtf8());
-    QVERIFY(LoadBuiltInLanguage("ENGLISHLANG", "English"));
-    QCOMPARE(GetText("cSF_WeightGram"), QString("Weight (g)"));
+    static TTempSettingsHome home(false);
+    LoadEnglish();
 }
 
 QByteArray TestPicture(int width, int height, const char* format, bool noisy)

@@ -4,12 +4,10 @@
 #include <QString>
 #include <QVariant>
 
-#include <initializer_list>
-
 // Shared set-up of the collection tests: a language with real labels, settings kept away from
 // the user's store, and small pictures.
 
-// Test mode for per-user paths, the settings folder in a temporary place, the built-in English.
+// The settings store in a temporary home for the whole run, and the built-in English.
 void InitStoreTestEnvironment();
 
 // A PNG (or JPEG) of the given size with some detail in it; `noisy` makes it compress badly.

@@ -1,12 +1,12 @@
 // The built-in blank collection file, checked from the outside with the sqlite3 command line.
 
+#include "support_datarow.h"
 #include "uTemplate.h"
 
 #include <QFile>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
@@ -19,339 +19,215 @@ class TestTemplate : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void fileHeader_data();
-    void fileHeader();
-    void pragmas_data();
-    void pragmas();
-    void schemaMatchesSource();
-    void columnsOfItems();
-    void contents();
-    void sequences();
-    void mints_data();
-    void mints();
-    void mintsMatchSource();
-    void privateFlags();
-    void logos();
-    void firstNumbersAfterInsert();
-    void freshCopyEachCall();
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        QProcess probe;
+        probe.start("sqlite3", {"-version"});
+        if (!probe.waitForFinished(10000))
+            QSKIP("the sqlite3 command line tool is not installed");
+
+        m_bytes = NewBlankDatabaseBytes();
+        QVERIFY(m_bytes.size() > 100 * 1024);
+        m_file = m_dir.filePath("blank.db");
+        QFile out(m_file);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        QCOMPARE(out.write(m_bytes), m_bytes.size());
+        out.close();
+        const QJsonArray check = query("PRAGMA integrity_check");
+        QCOMPARE(check.size(), 1);
+        QCOMPARE(check.at(0)["integrity_check"].toString(), QString("ok"));
+        // The page count in the header matches the size of the file.
+        QCOMPARE(qint64(qFromBigEndian<quint32>(m_bytes.constData() + 28)) * 4096, qint64(m_bytes.size()));
+    }
+    void pragmas_data()
+    {
+        QTest::addColumn<QString>("pragma");
+        QTest::addColumn<QString>("expected");
+        AddRow("page_size", "page_size", "4096");
+        AddRow("journal_mode", "journal_mode", "delete");
+        AddRow("encoding", "encoding", "UTF-8");
+        AddRow("user_version", "user_version", "0");
+        AddRow("application_id", "application_id", "0");
+        AddRow("auto_vacuum", "auto_vacuum", "0");
+        AddRow("freelist_count", "freelist_count", "0");
+    }
+    void pragmas()
+    {
+        QFETCH(QString, pragma);
+        QFETCH(QString, expected);
+        const QJsonArray rows = query("PRAGMA " + pragma);
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows.at(0)[pragma].toVariant().toString(), expected);
+    }
+    // Every CREATE statement stored in the file is the text of the DDL source, in the same order.
+    void schemaMatchesSource()
+    {
+        QFile source(qEnvironmentVariable("ORV_SOURCE_DIR") + "/data/template/schema.sql");
+        QVERIFY2(source.open(QIODevice::ReadOnly), "ORV_SOURCE_DIR/data/template/schema.sql not found");
+        QStringList expected;
+        for (QString statement : QString::fromUtf8(source.readAll()).split(';')) {
+            // Drop the comment lines in front of a statement; SQLite keeps only the statement itself.
+            statement.remove(QRegularExpression("^\\s*(--[^\\n]*\\n\\s*)*"));
+            statement = statement.trimmed();
+            if (!statement.isEmpty())
+                expected << statement;
+        }
+        QCOMPARE(expected.size(), 4);
+
+        QStringList stored;
+        QStringList names;
+        for (const QJsonValue row :
+             query("SELECT name, sql FROM sqlite_master WHERE name NOT LIKE 'sqlite_%' ORDER BY rowid")) {
+            names << row["name"].toString();
+            stored << row["sql"].toString();
+        }
+        QCOMPARE(names, QStringList({"tblCoins", "tblMints", "tblVer", "vCoinsStats"}));
+        QCOMPARE(stored, expected);
+        // Nothing else: no index, no trigger beyond what the DDL makes (the UNIQUE index of tblCoins.ID).
+        const QJsonArray others =
+            query("SELECT type, name FROM sqlite_master WHERE type IN ('index', 'trigger')");
+        QCOMPARE(others.size(), 1);
+        QCOMPARE(others.at(0)["name"].toString(), QString("sqlite_autoindex_tblCoins_1"));
+    }
+    void contentsAndSequences()
+    {
+        const auto text = [this](const char* sql) {
+            QStringList rows;
+            for (const QJsonValue row : query(sql))
+                rows << row["v"].toVariant().toString();
+            return rows.join('|');
+        };
+        QCOMPARE(text("SELECT COUNT(*) AS v FROM tblCoins"), "0");
+        QCOMPARE(text("SELECT COUNT(DISTINCT ID) || ',' || MIN(ID) || ',' || MAX(ID) AS v FROM tblMints"),
+                 "67,1,67");
+        QCOMPARE(text("SELECT Version || ':' || typeof(Version) AS v FROM tblVer"), "101:text");
+        QCOMPARE(text("SELECT name || '=' || seq AS v FROM sqlite_sequence ORDER BY name"),
+                 "tblCoins=264|tblMints=67");
+    }
+
+    // The file carries exactly the rows of the readable source, text for text.
+    void mintsMatchSource()
+    {
+        QFile source(qEnvironmentVariable("ORV_SOURCE_DIR") + "/data/template/mints.tsv");
+        QVERIFY(source.open(QIODevice::ReadOnly));
+        QStringList lines = QString::fromUtf8(source.readAll()).split('\n', Qt::SkipEmptyParts);
+        lines.removeFirst();
+        const QJsonArray rows =
+            query("SELECT ID, Name, Country, IsPrivate, URL, Description FROM tblMints ORDER BY ID");
+        QCOMPARE(rows.size(), lines.size());
+        for (int i = 0; i < rows.size(); ++i) {
+            const QStringList cells = lines.at(i).split('\t');
+            const QJsonValue row = rows.at(i);
+            QCOMPARE(QString::number(row["ID"].toInt()), cells.at(0));
+            QCOMPARE(row["Name"].toString(), cells.at(1));
+            QCOMPARE(row["Country"].toString(), cells.at(2));
+            QCOMPARE(row["IsPrivate"].isNull() ? QString() : QString::number(row["IsPrivate"].toInt()),
+                     cells.at(3));
+            QCOMPARE(row["URL"].toString(), cells.at(4));
+            QCOMPARE(row["Description"].toString(), cells.at(5));
+            QVERIFY(cells.at(4).startsWith("http") && !cells.at(5).isEmpty());
+        }
+    }
+    void privateFlags()
+    {
+        const QSet<int> privateMints = {5,  6,  7,  9,  11, 12, 13, 14, 17, 22, 24, 27, 29, 33, 35, 36, 37,
+                                        38, 39, 40, 41, 43, 44, 45, 46, 47, 48, 49, 50, 51, 52, 53, 58, 67};
+        const QJsonArray rows =
+            query("SELECT ID, IsPrivate, typeof(IsPrivate) AS t FROM tblMints ORDER BY ID");
+        QCOMPARE(rows.size(), 67);
+        for (const QJsonValue row : rows) {
+            const int id = row["ID"].toInt();
+            if (privateMints.contains(id)) {
+                QCOMPARE(row["t"].toString(), QString("integer"));
+                QCOMPARE(row["IsPrivate"].toInt(), 1);
+            } else {
+                // NULL, not 0.
+                QVERIFY2(row["t"].toString() == "null", qPrintable(QString("mint %1").arg(id)));
+            }
+        }
+    }
+    void logos()
+    {
+        const QJsonArray missing = query("SELECT ID FROM tblMints WHERE Logo IS NULL ORDER BY ID");
+        QList<int> ids;
+        for (const QJsonValue row : missing)
+            ids << row["ID"].toInt();
+        QCOMPARE(ids, QList<int>({35, 44, 58, 60, 65}));
+
+        const QJsonArray logos = query("SELECT ID, hex(Logo) AS png FROM tblMints WHERE Logo IS NOT NULL");
+        QCOMPARE(logos.size(), 62);
+        for (const QJsonValue row : logos) {
+            const QImage logo =
+                QImage::fromData(QByteArray::fromHex(row["png"].toString().toLatin1()), "PNG");
+            QVERIFY2(!logo.isNull(), qPrintable(QString("logo of mint %1").arg(row["ID"].toInt())));
+            QCOMPARE(logo.size(), QSize(200, 200));
+            QVERIFY(logo.hasAlphaChannel());
+            // Transparent outside the badge, opaque in the middle.
+            QCOMPARE(qAlpha(logo.pixel(0, 0)), 0);
+            QCOMPARE(qAlpha(logo.pixel(100, 100)), 255);
+        }
+    }
+    // Numbering goes on from the template's start values, although tblCoins is empty.
+    void firstNumbersAfterInsert()
+    {
+        const QString copy = m_dir.filePath("insert.db");
+        QVERIFY(QFile::copy(m_file, copy));
+        const QJsonArray item = query("INSERT INTO tblCoins (Name, Metal, WeightG, PurchaseDate, Qty) "
+                                      "VALUES ('Test', 1, 31.1035, '2024-03-05', 2) RETURNING ID",
+                                      copy);
+        QCOMPARE(item.size(), 1);
+        QCOMPARE(item.at(0)["ID"].toInt(), 265);
+        const QJsonArray mint = query("INSERT INTO tblMints (Name) VALUES ('New mint') RETURNING ID", copy);
+        QCOMPARE(mint.size(), 1);
+        QCOMPARE(mint.at(0)["ID"].toInt(), 68);
+
+        // The defaults of the table and the columns of the view.
+        const QJsonArray stats = query(
+            "SELECT CoinType, MintMark, WeightOZ, PurchaseYear, PurchaseYearMonth FROM vCoinsStats", copy);
+        QCOMPARE(stats.size(), 1);
+        QCOMPARE(stats.at(0)["CoinType"].toInt(), 0);
+        QCOMPARE(stats.at(0)["MintMark"].toInt(), 0);
+        QCOMPARE(stats.at(0)["WeightOZ"].toDouble(), 1.0);
+        QCOMPARE(stats.at(0)["PurchaseYear"].toString(), QString("2024"));
+        QCOMPARE(stats.at(0)["PurchaseYearMonth"].toString(), QString("2024-03"));
+
+        // Required columns have no defaults: a row without a name or a weight is refused.
+        QProcess proc;
+        proc.start("sqlite3", {copy, "INSERT INTO tblCoins (Metal, WeightG) VALUES (0, 1.0)"});
+        QVERIFY(proc.waitForFinished(30000));
+        QVERIFY(proc.exitCode() != 0);
+        QVERIFY(proc.readAllStandardError().contains("NOT NULL"));
+    }
+    void freshCopyEachCall()
+    {
+        QByteArray first = NewBlankDatabaseBytes();
+        first[100] = char(first[100] ^ 0xFF);
+        QCOMPARE(NewBlankDatabaseBytes(), m_bytes);
+    }
 
 private:
-    QJsonArray query(const QString& sql, const QString& file = {});
+    QJsonArray query(const QString& sql, const QString& file = {})
+    {
+        QProcess proc;
+        proc.start("sqlite3", {"-json", file.isEmpty() ? m_file : file, sql});
+        if (!proc.waitForFinished(30000) || proc.exitCode() != 0) {
+            qWarning() << proc.readAllStandardError();
+            return {};
+        }
+        const QByteArray out = proc.readAllStandardOutput().trimmed();
+        if (out.isEmpty())
+            return {};
+        QJsonParseError error;
+        const QJsonDocument doc = QJsonDocument::fromJson(out, &error);
+        if (error.error != QJsonParseError::NoError)
+            qWarning() << "sqlite3 output is no JSON:" << error.errorString();
+        return doc.array();
+    }
     QString m_file;
     QByteArray m_bytes;
     QTemporaryDir m_dir;
 };
-
-QJsonArray TestTemplate::query(const QString& sql, const QString& file)
-{
-    QProcess proc;
-    proc.start("sqlite3", {"-json", file.isEmpty() ? m_file : file, sql});
-    if (!proc.waitForFinished(30000) || proc.exitCode() != 0) {
-        qWarning() << proc.readAllStandardError();
-        return {};
-    }
-    const QByteArray out = proc.readAllStandardOutput().trimmed();
-    if (out.isEmpty())
-        return {};
-    QJsonParseError error;
-    const QJsonDocument doc = QJsonDocument::fromJson(out, &error);
-    if (error.error != QJsonParseError::NoError)
-        qWarning() << "sqlite3 output is no JSON:" << error.errorString();
-    return doc.array();
-}
-
-void TestTemplate::initTestCase()
-{
-    QVERIFY(m_dir.isValid());
-    QProcess probe;
-    probe.start("sqlite3", {"-version"});
-    if (!probe.waitForFinished(10000))
-        QSKIP("the sqlite3 command line tool is not installed");
-
-    m_bytes = NewBlankDatabaseBytes();
-    QVERIFY(m_bytes.size() > 100 * 1024);
-    m_file = m_dir.filePath("blank.db");
-    QFile out(m_file);
-    QVERIFY(out.open(QIODevice::WriteOnly));
-    QCOMPARE(out.write(m_bytes), m_bytes.size());
-    out.close();
-    const QJsonArray check = query("PRAGMA integrity_check");
-    QCOMPARE(check.size(), 1);
-    QCOMPARE(check.at(0)["integrity_check"].toString(), QString("ok"));
-}
-
-// The file header, read byte by byte (big-endian fields at fixed offsets).
-void TestTemplate::fileHeader_data()
-{
-    QTest::addColumn<int>("offset");
-    QTest::addColumn<int>("length");
-    QTest::addColumn<quint32>("expected");
-    QTest::newRow("page size 4096") << 16 << 2 << 4096u;
-    QTest::newRow("write version legacy (not WAL)") << 18 << 1 << 1u;
-    QTest::newRow("read version legacy (not WAL)") << 19 << 1 << 1u;
-    QTest::newRow("no auto-vacuum") << 52 << 4 << 0u;
-    QTest::newRow("text encoding UTF-8") << 56 << 4 << 1u;
-    QTest::newRow("user_version 0") << 60 << 4 << 0u;
-    QTest::newRow("no incremental vacuum") << 64 << 4 << 0u;
-    QTest::newRow("application_id 0") << 68 << 4 << 0u;
-}
-
-void TestTemplate::fileHeader()
-{
-    QFETCH(int, offset);
-    QFETCH(int, length);
-    QFETCH(quint32, expected);
-    QVERIFY(m_bytes.startsWith(QByteArray("SQLite format 3\0", 16)));
-    const auto* p = reinterpret_cast<const uchar*>(m_bytes.constData()) + offset;
-    quint32 value = 0;
-    for (int i = 0; i < length; ++i)
-        value = (value << 8) | p[i];
-    QCOMPARE(value, expected);
-    // The page count in the header matches the size of the file.
-    const quint32 pages = qFromBigEndian<quint32>(m_bytes.constData() + 28);
-    QCOMPARE(qint64(pages) * 4096, qint64(m_bytes.size()));
-}
-
-void TestTemplate::pragmas_data()
-{
-    QTest::addColumn<QString>("pragma");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("page_size") << "page_size"
-                               << "4096";
-    QTest::newRow("journal_mode") << "journal_mode"
-                                  << "delete";
-    QTest::newRow("encoding") << "encoding"
-                              << "UTF-8";
-    QTest::newRow("user_version") << "user_version"
-                                  << "0";
-    QTest::newRow("application_id") << "application_id"
-                                    << "0";
-    QTest::newRow("auto_vacuum") << "auto_vacuum"
-                                 << "0";
-    QTest::newRow("freelist_count") << "freelist_count"
-                                    << "0";
-}
-
-void TestTemplate::pragmas()
-{
-    QFETCH(QString, pragma);
-    QFETCH(QString, expected);
-    const QJsonArray rows = query("PRAGMA " + pragma);
-    QCOMPARE(rows.size(), 1);
-    QCOMPARE(rows.at(0)[pragma].toVariant().toString(), expected);
-}
-
-// Every CREATE statement stored in the file is the text of the DDL source, in the same order.
-void TestTemplate::schemaMatchesSource()
-{
-    QFile source(qEnvironmentVariable("ORV_SOURCE_DIR") + "/data/template/schema.sql");
-    QVERIFY2(source.open(QIODevice::ReadOnly), "ORV_SOURCE_DIR/data/template/schema.sql not found");
-    QStringList expected;
-    for (QString statement : QString::fromUtf8(source.readAll()).split(';')) {
-        // Drop the comment lines in front of a statement; SQLite keeps only the statement itself.
-        statement.remove(QRegularExpression("^\\s*(--[^\\n]*\\n\\s*)*"));
-        statement = statement.trimmed();
-        if (!statement.isEmpty())
-            expected << statement;
-    }
-    QCOMPARE(expected.size(), 4);
-
-    QStringList stored;
-    QStringList names;
-    for (const QJsonValue row :
-         query("SELECT name, sql FROM sqlite_master WHERE name NOT LIKE 'sqlite_%' ORDER BY rowid")) {
-        names << row["name"].toString();
-        stored << row["sql"].toString();
-    }
-    QCOMPARE(names, QStringList({"tblCoins", "tblMints", "tblVer", "vCoinsStats"}));
-    QCOMPARE(stored, expected);
-    // Nothing else: no index, no trigger beyond what the DDL makes (the UNIQUE index of tblCoins.ID).
-    const QJsonArray others =
-        query("SELECT type, name FROM sqlite_master WHERE type IN ('index', 'trigger')");
-    QCOMPARE(others.size(), 1);
-    QCOMPARE(others.at(0)["name"].toString(), QString("sqlite_autoindex_tblCoins_1"));
-}
-
-void TestTemplate::columnsOfItems()
-{
-    const QJsonArray columns = query("PRAGMA table_info(tblCoins)");
-    QCOMPARE(columns.size(), 54);
-    QCOMPARE(columns.at(0)["name"].toString(), QString("ID"));
-    QCOMPARE(columns.at(0)["pk"].toInt(), 1);
-    QCOMPARE(columns.at(43)["name"].toString(), QString("Store"));
-    for (int i = 0; i < 10; ++i) {
-        const QJsonValue c = columns.at(44 + i);
-        QCOMPARE(c["name"].toString(), QString("Custom%1").arg(i + 1));
-        QCOMPARE(c["type"].toString(), QString("NONE"));
-        QCOMPARE(c["notnull"].toInt(), 0);
-    }
-    // The view adds its three columns after all of tblCoins.
-    const QJsonArray view = query("PRAGMA table_info(vCoinsStats)");
-    QCOMPARE(view.size(), 57);
-    QCOMPARE(view.at(54)["name"].toString(), QString("WeightOZ"));
-    QCOMPARE(view.at(55)["name"].toString(), QString("PurchaseYear"));
-    QCOMPARE(view.at(56)["name"].toString(), QString("PurchaseYearMonth"));
-}
-
-void TestTemplate::contents()
-{
-    QCOMPARE(query("SELECT COUNT(*) AS n FROM tblCoins").at(0)["n"].toInt(), 0);
-    QCOMPARE(query("SELECT COUNT(*) AS n FROM tblMints").at(0)["n"].toInt(), 67);
-    const QJsonArray ver = query("SELECT Version, typeof(Version) AS t FROM tblVer");
-    QCOMPARE(ver.size(), 1);
-    QCOMPARE(ver.at(0)["Version"].toString(), QString("101"));
-    QCOMPARE(ver.at(0)["t"].toString(), QString("text"));
-    const QJsonArray ids =
-        query("SELECT MIN(ID) AS lo, MAX(ID) AS hi, COUNT(DISTINCT ID) AS n FROM tblMints");
-    QCOMPARE(ids.at(0)["lo"].toInt(), 1);
-    QCOMPARE(ids.at(0)["hi"].toInt(), 67);
-    QCOMPARE(ids.at(0)["n"].toInt(), 67);
-}
-
-void TestTemplate::sequences()
-{
-    const QJsonArray rows = query("SELECT name, seq FROM sqlite_sequence ORDER BY name");
-    QCOMPARE(rows.size(), 2);
-    QCOMPARE(rows.at(0)["name"].toString(), QString("tblCoins"));
-    QCOMPARE(rows.at(0)["seq"].toInt(), 264);
-    QCOMPARE(rows.at(1)["name"].toString(), QString("tblMints"));
-    QCOMPARE(rows.at(1)["seq"].toInt(), 67);
-}
-
-void TestTemplate::mints_data()
-{
-    QTest::addColumn<int>("id");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("country");
-    QTest::newRow("first") << 1 << "Royal Canadian mint"
-                           << "CA";
-    QTest::newRow("apostrophe") << 24 << "Prospector's Gold & Gems"
-                                << "US";
-    QTest::newRow("no logo") << 35 << "B.H. Mayers"
-                             << "DE";
-    QTest::newRow("parentheses") << 37 << "OPM (Ohio Precious Metals)"
-                                 << "US";
-    QTest::newRow("ampersand") << 43 << "Baird & Co"
-                               << "GB";
-    QTest::newRow("last") << 67 << "CIT (Coin Invest Trust)"
-                          << "LI";
-}
-
-void TestTemplate::mints()
-{
-    QFETCH(int, id);
-    QFETCH(QString, name);
-    QFETCH(QString, country);
-    const QJsonArray rows =
-        query(QString("SELECT Name, Country, URL, Description FROM tblMints WHERE ID = %1").arg(id));
-    QCOMPARE(rows.size(), 1);
-    QCOMPARE(rows.at(0)["Name"].toString(), name);
-    QCOMPARE(rows.at(0)["Country"].toString(), country);
-    QVERIFY(rows.at(0)["URL"].toString().startsWith("http"));
-    QVERIFY(!rows.at(0)["Description"].toString().isEmpty());
-}
-
-// The file carries exactly the rows of the readable source, text for text.
-void TestTemplate::mintsMatchSource()
-{
-    QFile source(qEnvironmentVariable("ORV_SOURCE_DIR") + "/data/template/mints.tsv");
-    QVERIFY(source.open(QIODevice::ReadOnly));
-    QStringList lines = QString::fromUtf8(source.readAll()).split('\n', Qt::SkipEmptyParts);
-    lines.removeFirst();
-    const QJsonArray rows =
-        query("SELECT ID, Name, Country, IsPrivate, URL, Description FROM tblMints ORDER BY ID");
-    QCOMPARE(rows.size(), lines.size());
-    for (int i = 0; i < rows.size(); ++i) {
-        const QStringList cells = lines.at(i).split('\t');
-        const QJsonValue row = rows.at(i);
-        QCOMPARE(QString::number(row["ID"].toInt()), cells.at(0));
-        QCOMPARE(row["Name"].toString(), cells.at(1));
-        QCOMPARE(row["Country"].toString(), cells.at(2));
-        QCOMPARE(row["IsPrivate"].isNull() ? QString() : QString::number(row["IsPrivate"].toInt()),
-                 cells.at(3));
-        QCOMPARE(row["URL"].toString(), cells.at(4));
-        QCOMPARE(row["Description"].toString(), cells.at(5));
-    }
-}
-
-void TestTemplate::privateFlags()
-{
-    const QSet<int> privateMints = {5,  6,  7,  9,  11, 12, 13, 14, 17, 22, 24, 27, 29, 33, 35, 36, 37,
-                                    38, 39, 40, 41, 43, 44, 45, 46, 47, 48, 49, 50, 51, 52, 53, 58, 67};
-    const QJsonArray rows = query("SELECT ID, IsPrivate, typeof(IsPrivate) AS t FROM tblMints ORDER BY ID");
-    QCOMPARE(rows.size(), 67);
-    for (const QJsonValue row : rows) {
-        const int id = row["ID"].toInt();
-        if (privateMints.contains(id)) {
-            QCOMPARE(row["t"].toString(), QString("integer"));
-            QCOMPARE(row["IsPrivate"].toInt(), 1);
-        } else {
-            // NULL, not 0.
-            QVERIFY2(row["t"].toString() == "null", qPrintable(QString("mint %1").arg(id)));
-        }
-    }
-}
-
-void TestTemplate::logos()
-{
-    const QJsonArray missing = query("SELECT ID FROM tblMints WHERE Logo IS NULL ORDER BY ID");
-    QList<int> ids;
-    for (const QJsonValue row : missing)
-        ids << row["ID"].toInt();
-    QCOMPARE(ids, QList<int>({35, 44, 58, 60, 65}));
-
-    const QJsonArray logos = query("SELECT ID, hex(Logo) AS png FROM tblMints WHERE Logo IS NOT NULL");
-    QCOMPARE(logos.size(), 62);
-    for (const QJsonValue row : logos) {
-        const QImage logo = QImage::fromData(QByteArray::fromHex(row["png"].toString().toLatin1()), "PNG");
-        QVERIFY2(!logo.isNull(), qPrintable(QString("logo of mint %1").arg(row["ID"].toInt())));
-        QCOMPARE(logo.size(), QSize(200, 200));
-        QVERIFY(logo.hasAlphaChannel());
-        // Transparent outside the badge, opaque in the middle.
-        QCOMPARE(qAlpha(logo.pixel(0, 0)), 0);
-        QCOMPARE(qAlpha(logo.pixel(100, 100)), 255);
-    }
-}
-
-// Numbering goes on from the template's start values, although tblCoins is empty.
-void TestTemplate::firstNumbersAfterInsert()
-{
-    const QString copy = m_dir.filePath("insert.db");
-    QVERIFY(QFile::copy(m_file, copy));
-    const QJsonArray item = query("INSERT INTO tblCoins (Name, Metal, WeightG, PurchaseDate, Qty) "
-                                  "VALUES ('Test', 1, 31.1035, '2024-03-05', 2) RETURNING ID",
-                                  copy);
-    QCOMPARE(item.size(), 1);
-    QCOMPARE(item.at(0)["ID"].toInt(), 265);
-    const QJsonArray mint = query("INSERT INTO tblMints (Name) VALUES ('New mint') RETURNING ID", copy);
-    QCOMPARE(mint.size(), 1);
-    QCOMPARE(mint.at(0)["ID"].toInt(), 68);
-
-    // The defaults of the table and the columns of the view.
-    const QJsonArray stats =
-        query("SELECT CoinType, MintMark, WeightOZ, PurchaseYear, PurchaseYearMonth FROM vCoinsStats", copy);
-    QCOMPARE(stats.size(), 1);
-    QCOMPARE(stats.at(0)["CoinType"].toInt(), 0);
-    QCOMPARE(stats.at(0)["MintMark"].toInt(), 0);
-    QCOMPARE(stats.at(0)["WeightOZ"].toDouble(), 1.0);
-    QCOMPARE(stats.at(0)["PurchaseYear"].toString(), QString("2024"));
-    QCOMPARE(stats.at(0)["PurchaseYearMonth"].toString(), QString("2024-03"));
-
-    // Required columns have no defaults: a row without a name or a weight is refused.
-    QProcess proc;
-    proc.start("sqlite3", {copy, "INSERT INTO tblCoins (Metal, WeightG) VALUES (0, 1.0)"});
-    QVERIFY(proc.waitForFinished(30000));
-    QVERIFY(proc.exitCode() != 0);
-    QVERIFY(proc.readAllStandardError().contains("NOT NULL"));
-}
-
-void TestTemplate::freshCopyEachCall()
-{
-    QByteArray first = NewBlankDatabaseBytes();
-    first[100] = char(first[100] ^ 0xFF);
-    QCOMPARE(NewBlankDatabaseBytes(), m_bytes);
-}
 
 QTEST_GUILESS_MAIN(TestTemplate)
 #include "tst_template.moc"

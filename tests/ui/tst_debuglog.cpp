@@ -26,14 +26,14 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&mainWindow));
         auto* sink = new TDebugLogSink(&mainWindow);
         DebugMode = true;
-        LogText(QStringLiteral("before the workers"));
+        LogText("before the workers");
         QVERIFY(sink->Form() == nullptr); // created on the main thread, when the line arrives
 
         std::vector<std::unique_ptr<QThread>> workers;
         for (int t = 0; t < 3; ++t) {
             workers.emplace_back(QThread::create([t] {
                 for (int i = 0; i < 100; ++i) {
-                    LogFormat(QStringLiteral("worker %d line %d"), {t, i});
+                    LogFormat("worker %d line %d", {t, i});
                 }
             }));
             workers.back()->start();
@@ -45,7 +45,7 @@ private slots:
         QPlainTextEdit* memo = sink->Form()->memDebug();
         QTRY_COMPARE(memo->blockCount(), 301);
         QVERIFY(memo->isReadOnly());
-        QVERIFY(memo->document()->firstBlock().text().endsWith(QStringLiteral("] before the workers")));
+        QVERIFY(memo->document()->firstBlock().text().endsWith("] before the workers"));
         QCOMPARE(sink->Form()->parentWidget(), &mainWindow);
 
         // Docked under the main window, and again after it moves.
@@ -63,7 +63,7 @@ private slots:
 
         // After the sink is gone nothing reaches it, and logging goes on without a window.
         delete sink;
-        LogText(QStringLiteral("after"));
+        LogText("after");
         QCoreApplication::processEvents();
         QCOMPARE(memo->toPlainText(), QString());
     }

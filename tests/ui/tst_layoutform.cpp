@@ -27,15 +27,15 @@ public:
     void ApplyTexts() override
     {
         TAbstractLayoutForm::ApplyTexts();
-        calls << QStringLiteral("texts");
+        calls << "texts";
         visibleAtTexts = isVisible();
-        m_label->setText(QStringLiteral("sample"));
+        m_label->setText("sample");
     }
 
     void ApplyStyle() override
     {
         TAbstractLayoutForm::ApplyStyle();
-        calls << QStringLiteral("style");
+        calls << "style";
     }
 
     QLabel* m_label;
@@ -56,7 +56,7 @@ private slots:
         form.show();
         QCOMPARE(form.calls, QStringList({"style", "texts"}));
         QVERIFY(!form.visibleAtTexts);
-        QCOMPARE(form.m_label->text(), QStringLiteral("sample"));
+        QCOMPARE(form.m_label->text(), "sample");
         form.hide();
         form.show();
         QCOMPARE(form.calls.size(), 2);
@@ -80,8 +80,8 @@ private slots:
         QVERIFY(!form.btnOK()->text().isEmpty());
         QVERIFY(!form.btnCancel()->text().isEmpty());
         QVERIFY(form.btnOK()->isDefault());
-        QVERIFY(form.findChild<QWidget*>(QStringLiteral("lgContainer")) == form.lgContainer());
-        QVERIFY(form.findChild<QPushButton*>(QStringLiteral("btnOK")) == form.btnOK());
+        QVERIFY(form.findChild<QWidget*>("lgContainer") == form.lgContainer());
+        QVERIFY(form.findChild<QPushButton*>("btnOK") == form.btnOK());
 
         form.show();
         form.btnOK()->click();
@@ -108,8 +108,7 @@ private slots:
         form.show();
         QVERIFY(QTest::qWaitForWindowExposed(&form));
         const QPoint delta = form.frameGeometry().center() - owner.frameGeometry().center();
-        QVERIFY2(delta.manhattanLength() < 40,
-                 qPrintable(QStringLiteral("%1,%2").arg(delta.x()).arg(delta.y())));
+        QVERIFY2(delta.manhattanLength() < 40, qPrintable(QString("%1,%2").arg(delta.x()).arg(delta.y())));
     }
 
     void rightToLeftFollowsTheLanguage()

@@ -74,7 +74,7 @@ private slots:
         QFETCH(QString, text);
         QFETCH(int, result);
         TMessageBoxRequest request;
-        request.Text = QStringLiteral("Proceed?");
+        request.Text = "Proceed?";
         request.Type = mtConfirmation;
         request.Buttons = TMsgDlgButtons(button) | mbOK;
         request.DefaultButton = mbOK;
@@ -89,45 +89,44 @@ private slots:
     void platformWordsStayWithoutLanguageText()
     {
         TMessageBoxRequest request;
-        request.Text = QStringLiteral("Delete the item?");
+        request.Text = "Delete the item?";
         request.Type = mtConfirmation;
         request.Buttons = mbYes | mbNo;
         request.DefaultButton = mbNo;
-        request.ButtonTexts = {{mbNo, QStringLiteral("&Nein")}};
+        request.ButtonTexts = {{mbNo, "&Nein"}};
         QString yesText;
-        AnswerBox(QStringLiteral("&Nein"), [&](QMessageBox* box) {
+        AnswerBox("&Nein", [&](QMessageBox* box) {
             yesText = box->button(QMessageBox::Yes)->text();
             QCOMPARE(box->defaultButton(), box->button(QMessageBox::No));
-            QCOMPARE(box->windowTitle(), QStringLiteral("Confirm"));
+            QCOMPARE(box->windowTitle(), "Confirm");
             QCOMPARE(box->icon(), QMessageBox::Question);
-            QCOMPARE(box->text(), QStringLiteral("Delete the item?"));
+            QCOMPARE(box->text(), "Delete the item?");
         });
         QCOMPARE(m_presenter.Present(request), int(mrNo));
         QVERIFY(!yesText.isEmpty());
-        QVERIFY(yesText != QStringLiteral("&Nein"));
+        QVERIFY(yesText != "&Nein");
     }
 
     void captionAndClosingWithoutAButton()
     {
         TMessageBoxRequest request;
-        request.Text = QStringLiteral("Saved");
-        request.Caption = QStringLiteral("Orvane");
+        request.Text = "Saved";
+        request.Caption = "Orvane";
         request.Type = mtInformation;
         request.Buttons = mbOK;
         request.DefaultButton = mbOK;
-        AnswerBox(QString(),
-                  [](QMessageBox* box) { QCOMPARE(box->windowTitle(), QStringLiteral("Orvane")); });
+        AnswerBox(QString(), [](QMessageBox* box) { QCOMPARE(box->windowTitle(), "Orvane"); });
         // Closed without a click: the box's only button answers, as the platform's box does.
         QCOMPARE(m_presenter.Present(request), int(mrOk));
     }
 
     void throughMessageDlgZT()
     {
-        AnswerBox(QStringLiteral("&Yes"), [](QMessageBox* box) {
+        AnswerBox("&Yes", [](QMessageBox* box) {
             QCOMPARE(box->icon(), QMessageBox::Warning);
             QCOMPARE(ButtonTexts(box), QStringList({"&No", "&Yes"}));
         });
-        QCOMPARE(MessageDlgZT(QStringLiteral("Overwrite?"), mtWarning, mbYes | mbNo, mbNo), int(mrYes));
+        QCOMPARE(MessageDlgZT("Overwrite?", mtWarning, mbYes | mbNo, mbNo), int(mrYes));
     }
 };
 

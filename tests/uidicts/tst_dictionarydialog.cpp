@@ -3,8 +3,8 @@
 
 #include "dmImages.h"
 #include "frmEditSimpleDictionary.h"
+#include "support_common.h"
 #include "uSplashText.h"
-#include "uZTRegistrySettings.h"
 #include "uZTSettings.h"
 #include "uZTStrings.h"
 #include "uZTUserHive.h"
@@ -16,8 +16,6 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QToolButton>
 #include <QtTest>
@@ -25,21 +23,6 @@
 #include <functional>
 
 namespace {
-
-const QString cRoot = QStringLiteral("Software\\Brenmoor\\Orvane");
-
-class TFakePresenter : public TMessagePresenter
-{
-public:
-    int answer = mrNo;
-    int asked = 0;
-
-    int Present(const TMessageBoxRequest&) override
-    {
-        ++asked;
-        return answer;
-    }
-};
 
 // Types into the controller and presses OK, as the dialog would.
 class TTypingRunner : public TEditDictionaryDialogRunner
@@ -83,27 +66,19 @@ class TestDictionaryDialog : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<QTemporaryDir> m_home;
-    TFakePresenter m_presenter;
+    std::unique_ptr<TTempSettingsHome> m_home;
+    TRecordingPresenter m_presenter;
 
 private slots:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        LoadBuiltInLanguage(QStringLiteral("ENGLISHLANG"), QStringLiteral("English"));
-    }
+    void initTestCase() { LoadEnglish(); }
 
     void init()
     {
-        m_home = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_home->isValid());
-        qputenv("HOME", m_home->path().toLocal8Bit());
-        qputenv("XDG_CONFIG_HOME", (m_home->path() + QStringLiteral("/config")).toLocal8Bit());
-        QVERIFY(TZTUserHive::FileName().startsWith(m_home->path()));
-        SetSettingsStore(std::make_unique<TZTRegistrySettings>(cHKEY_CURRENT_USER, cRoot));
+        m_home = std::make_unique<TTempSettingsHome>();
         ORVDicts = DefaultDicts();
         ORVDefaultValues = TORVDefaultValues();
-        m_presenter = TFakePresenter();
+        m_presenter.Requests.clear();
+        m_presenter.Answer = mrNo;
         SetMessagePresenter(&m_presenter);
     }
 
@@ -111,22 +86,22 @@ private slots:
     {
         SetEditDictionaryDialogRunner(nullptr);
         SetMessagePresenter(nullptr);
-        SetSettingsStore(nullptr);
+        m_home.reset();
     }
 
     // btnOK drops blank lines and keeps the rest exactly; the memo shows what is kept.
     void okDropsBlankLines()
     {
         TEditSimpleDictionaryForm form;
-        form.SetDictionary(TDict{QStringLiteral("a\r\nb\r\n"), QStringLiteral("d\r\n")});
-        QCOMPARE(form.Memo()->toPlainText(), QStringLiteral("a\nb"));
+        form.SetDictionary(TDict{"a\r\nb\r\n", "d\r\n"});
+        QCOMPARE(form.Memo()->toPlainText(), "a\nb");
         form.show();
-        form.Memo()->setPlainText(QStringLiteral("  \nVault\n\t\n Bank  box \n\n"));
+        form.Memo()->setPlainText("  \nVault\n\t\n Bank  box \n\n");
         QTest::mouseClick(form.btnOK(), Qt::LeftButton);
         QCOMPARE(form.result(), int(QDialog::Accepted));
         QCOMPARE(form.Controller().Result(), mrOk);
-        QCOMPARE(form.Controller().MemoText(), QStringLiteral("Vault\r\n Bank  box \r\n"));
-        QCOMPARE(form.Memo()->toPlainText(), QStringLiteral("Vault\n Bank  box "));
+        QCOMPARE(form.Controller().MemoText(), "Vault\r\n Bank  box \r\n");
+        QCOMPARE(form.Memo()->toPlainText(), "Vault\n Bank  box ");
     }
 
     // The whole way through the real dialog: reset, then Cancel, keeps the old list.
@@ -134,20 +109,20 @@ private slots:
     {
         TWidgetEditDictionaryDialogRunner runner;
         SetEditDictionaryDialogRunner(&runner);
-        ORVDicts.Locations.Value = QStringLiteral("Safe\r\n");
-        m_presenter.answer = mrYes;
+        ORVDicts.Locations.Value = "Safe\r\n";
+        m_presenter.Answer = mrYes;
         QString memoAfterReset;
         WhenDialogShows([&memoAfterReset](TEditSimpleDictionaryForm* form) {
             QTest::mouseClick(form->btnResetToDefault(), Qt::LeftButton);
             memoAfterReset = form->Memo()->toPlainText();
             QTest::mouseClick(form->btnCancel(), Qt::LeftButton);
         });
-        QStringList combo{QStringLiteral("Safe")};
-        QVERIFY(!EditDictionary(ORVDicts.Locations, QStringLiteral("Locations"), combo));
-        QCOMPARE(m_presenter.asked, 1);
-        QCOMPARE(memoAfterReset, QStringLiteral("Vault\nSecret location #1\nSecret location #2"));
-        QCOMPARE(ORVDicts.Locations.Value, QStringLiteral("Safe\r\n"));
-        QCOMPARE(combo, QStringList{QStringLiteral("Safe")});
+        QStringList combo{"Safe"};
+        QVERIFY(!EditDictionary(ORVDicts.Locations, "Locations", combo));
+        QCOMPARE(m_presenter.Requests.size(), 1);
+        QCOMPARE(memoAfterReset, "Vault\nSecret location #1\nSecret location #2");
+        QCOMPARE(ORVDicts.Locations.Value, "Safe\r\n");
+        QCOMPARE(combo, QStringList{"Safe"});
         QVERIFY(!QFile::exists(TZTUserHive::FileName()));
     }
 
@@ -156,21 +131,19 @@ private slots:
     {
         TWidgetEditDictionaryDialogRunner runner;
         SetEditDictionaryDialogRunner(&runner);
-        m_presenter.answer = mrNo;
+        m_presenter.Answer = mrNo;
         WhenDialogShows([](TEditSimpleDictionaryForm* form) {
-            QCOMPARE(form->liField()->text(), QStringLiteral("Owners"));
-            QCOMPARE(form->Memo()->toPlainText(), QStringLiteral("Me"));
-            form->Memo()->setPlainText(QStringLiteral("Me\n\nMy heir\n"));
+            QCOMPARE(form->liField()->text(), "Owners");
+            QCOMPARE(form->Memo()->toPlainText(), "Me");
+            form->Memo()->setPlainText("Me\n\nMy heir\n");
             QTest::mouseClick(form->btnResetToDefault(), Qt::LeftButton);
             QTest::mouseClick(form->btnOK(), Qt::LeftButton);
         });
         QStringList combo;
-        QVERIFY(EditDictionary(ORVDicts.Owners, QStringLiteral("Owners"), combo));
-        QCOMPARE(ORVDicts.Owners.Value, QStringLiteral("Me\r\nMy heir\r\n"));
+        QVERIFY(EditDictionary(ORVDicts.Owners, "Owners", combo));
+        QCOMPARE(ORVDicts.Owners.Value, "Me\r\nMy heir\r\n");
         QCOMPARE(combo, QStringList({"Me", "My heir"}));
-        TZTRegistrySettings store(cHKEY_CURRENT_USER, cRoot);
-        QCOMPARE(store.GetStringValue(QStringLiteral("Dict.Owners"), QString()),
-                 QStringLiteral("Me\r\nMy heir\r\n"));
+        QCOMPARE(UserStore().GetStringValue("Dict.Owners", QString()), "Me\r\nMy heir\r\n");
     }
 
     void moduleInstanceAndSplash()
@@ -180,7 +153,7 @@ private slots:
         {
             TDataModuleImages module;
             QCOMPARE(DataModuleImages(), &module);
-            QCOMPARE(splash, QStringList{QStringLiteral("Loading images...")});
+            QCOMPARE(splash, QStringList{"Loading images..."});
             QVERIFY(dynamic_cast<TWidgetEditDictionaryDialogRunner*>(EditDictionaryDialogRunner()));
             QVERIFY_THROWS_EXCEPTION(std::logic_error, TDataModuleImages());
             QCOMPARE(DataModuleImages(), &module);
@@ -200,7 +173,7 @@ private slots:
             QCOMPARE(editor->objectName(), name);
             QCOMPARE(editor->parent(), &parent);
         }
-        QCOMPARE(module.CreateEditor(QStringLiteral("cbNoSuchEditor"), &parent), nullptr);
+        QCOMPARE(module.CreateEditor("cbNoSuchEditor", &parent), nullptr);
         for (const TDictInfo& info : DictTable()) {
             auto* combo = qobject_cast<QComboBox*>(module.CreateEditor(info.comboEditor(), &parent));
             QVERIFY(combo);
@@ -214,7 +187,7 @@ private slots:
             TDataModuleImages::AttachEditButton(combo, action);
             QCOMPARE(combo->lineEdit()->actions().count(action), 1);
         }
-        auto* mints = qobject_cast<QComboBox*>(module.CreateEditor(QStringLiteral("lcbMints"), &parent));
+        auto* mints = qobject_cast<QComboBox*>(module.CreateEditor("lcbMints", &parent));
         QVERIFY(mints);
         QVERIFY(mints->lineEdit()->actions().contains(module.actEditMints()));
         QVERIFY(!module.BlankPicture(0, 0, true).isNull());
@@ -225,15 +198,15 @@ private slots:
     {
         TDataModuleImages module;
         QWidget parent;
-        auto* combo = qobject_cast<QComboBox*>(module.CreateEditor(QStringLiteral("cbStore"), &parent));
+        auto* combo = qobject_cast<QComboBox*>(module.CreateEditor("cbStore", &parent));
         const int count = combo->count();
         parent.show();
         combo->setFocus();
-        QTest::keyClicks(combo->lineEdit(), QStringLiteral("Corner shop"));
+        QTest::keyClicks(combo->lineEdit(), "Corner shop");
         QTest::keyClick(combo->lineEdit(), Qt::Key_Return);
         QCOMPARE(combo->count(), count);
-        QCOMPARE(combo->currentText(), QStringLiteral("Corner shop"));
-        QCOMPARE(module.ComboItems(QStringLiteral("cbStore")).size(), count);
+        QCOMPARE(combo->currentText(), "Corner shop");
+        QCOMPARE(module.ComboItems("cbStore").size(), count);
     }
 
     // The button on the combo runs the dialog; afterwards every combo shows the new list, open
@@ -242,14 +215,14 @@ private slots:
     {
         TDataModuleImages module;
         TTypingRunner runner;
-        runner.typed = QStringLiteral("Safe\n\nVault 2\n");
+        runner.typed = "Safe\n\nVault 2\n";
         SetEditDictionaryDialogRunner(&runner);
         QSignalSpy changed(&module, &TDataModuleImages::DictionaryChanged);
 
         QWidget window;
-        auto* open = qobject_cast<QComboBox*>(module.CreateEditor(QStringLiteral("cbLocation"), &window));
-        auto* other = qobject_cast<QComboBox*>(module.CreateEditor(QStringLiteral("cbOwner"), &window));
-        open->setEditText(QStringLiteral("Vault"));
+        auto* open = qobject_cast<QComboBox*>(module.CreateEditor("cbLocation", &window));
+        auto* other = qobject_cast<QComboBox*>(module.CreateEditor("cbOwner", &window));
+        open->setEditText("Vault");
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         QSignalSpy textSpy(open, &QComboBox::currentTextChanged);
@@ -257,7 +230,7 @@ private slots:
 
         QToolButton* button = nullptr;
         for (QToolButton* candidate : open->lineEdit()->findChildren<QToolButton*>()) {
-            if (candidate->defaultAction() == module.Action(QStringLiteral("actEditLocation"))) {
+            if (candidate->defaultAction() == module.Action("actEditLocation")) {
                 button = candidate;
             }
         }
@@ -265,33 +238,33 @@ private slots:
         QTest::mouseClick(button, Qt::LeftButton);
 
         QCOMPARE(runner.runs, 1);
-        const QStringList expected{QStringLiteral("Safe"), QStringLiteral("Vault 2")};
+        const QStringList expected{"Safe", "Vault 2"};
         QCOMPARE(Items(open), expected);
-        QCOMPARE(open->currentText(), QStringLiteral("Vault"));
+        QCOMPARE(open->currentText(), "Vault");
         QCOMPARE(textSpy.count(), 0);
         QCOMPARE(indexSpy.count(), 0);
-        QCOMPARE(Items(other), QStringList{QStringLiteral("Me")});
-        auto* later = qobject_cast<QComboBox*>(module.CreateEditor(QStringLiteral("cbLocation"), &window));
+        QCOMPARE(Items(other), QStringList{"Me"});
+        auto* later = qobject_cast<QComboBox*>(module.CreateEditor("cbLocation", &window));
         QCOMPARE(Items(later), expected);
-        QCOMPARE(module.ComboItems(QStringLiteral("cbLocation")), expected);
-        QCOMPARE(ORVDicts.Locations.Value, QStringLiteral("Safe\r\nVault 2\r\n"));
-        QCOMPARE(ORVDefaultValues.Location, QStringLiteral("Vault"));
+        QCOMPARE(module.ComboItems("cbLocation"), expected);
+        QCOMPARE(ORVDicts.Locations.Value, "Safe\r\nVault 2\r\n");
+        QCOMPARE(ORVDefaultValues.Location, "Vault");
         QCOMPARE(changed.count(), 1);
-        QCOMPARE(changed.first().first().toString(), QStringLiteral("cbLocation"));
+        QCOMPARE(changed.first().first().toString(), "cbLocation");
 
         // A combo that is gone is no trouble for the next edit.
         delete later;
-        runner.typed = QStringLiteral("Only\n");
-        module.Action(QStringLiteral("actEditLocation"))->trigger();
-        QCOMPARE(Items(open), QStringList{QStringLiteral("Only")});
+        runner.typed = "Only\n";
+        module.Action("actEditLocation")->trigger();
+        QCOMPARE(Items(open), QStringList{"Only"});
     }
 
     void bindDictionariesFollowsSettings()
     {
         TDataModuleImages module;
         QWidget parent;
-        auto* combo = qobject_cast<QComboBox*>(module.CreateEditor(QStringLiteral("cbGrade"), &parent));
-        ORVDicts.Grades.Value = QStringLiteral("A\r\nB\r\n");
+        auto* combo = qobject_cast<QComboBox*>(module.CreateEditor("cbGrade", &parent));
+        ORVDicts.Grades.Value = "A\r\nB\r\n";
         module.BindDictionaries();
         QCOMPARE(Items(combo), QStringList({"A", "B"}));
     }
