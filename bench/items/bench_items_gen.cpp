@@ -28,7 +28,7 @@ int main(int argc, char** argv)
         photoEvery = args.at(photosAt + 1).toInt();
         args.remove(photosAt, 2);
     }
-    if (args.isEmpty()) {
+    if (args.isEmpty() || args.first().startsWith(u'-')) {
         out << "Usage: bench_items_gen <file.db> [items=100000] [--photos N]" << Qt::endl;
         return 2;
     }
