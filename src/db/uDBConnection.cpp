@@ -323,3 +323,12 @@ void TDBConnection::detachClient(TDBConnectionClient* client)
 {
     m_clients.erase(std::remove(m_clients.begin(), m_clients.end(), client), m_clients.end());
 }
+
+void RebindConnectionClient(TDBConnectionClient* client, TDBConnection*& current, TDBConnection* next)
+{
+    if (current)
+        current->detachClient(client);
+    current = next;
+    if (current)
+        current->attachClient(client);
+}

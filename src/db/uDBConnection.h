@@ -99,3 +99,6 @@ private:
     sqlite3* m_handle = nullptr;
     std::vector<TDBConnectionClient*> m_clients;
 };
+
+// Moves a client from the connection it is bound to (current) to next; either may be null.
+void RebindConnectionClient(TDBConnectionClient* client, TDBConnection*& current, TDBConnection* next);

@@ -110,8 +110,7 @@ TDBDataset::~TDBDataset()
 {
     // No events here: their handlers may belong to objects already gone.
     closeInternal();
-    if (m_connection)
-        m_connection->detachClient(this);
+    RebindConnectionClient(this, m_connection, nullptr);
 }
 
 // --- Setup ------------------------------------------------------------------------------------
@@ -121,11 +120,7 @@ void TDBDataset::setConnection(TDBConnection* connection)
     if (connection == m_connection)
         return;
     close();
-    if (m_connection)
-        m_connection->detachClient(this);
-    m_connection = connection;
-    if (m_connection)
-        m_connection->attachClient(this);
+    RebindConnectionClient(this, m_connection, connection);
 }
 
 void TDBDataset::setSQL(const QString& sql)
@@ -213,10 +208,15 @@ void TDBDataset::setState(TDatasetState state)
     if (m_state == state)
         return;
     m_state = state;
+    notifyState();
+}
+
+void TDBDataset::notifyState()
+{
     if (m_disableCount > 0)
         m_statePending = true;
     else
-        emit stateChanged(state);
+        emit stateChanged(m_state);
 }
 
 // --- Fields -----------------------------------------------------------------------------------
@@ -560,10 +560,7 @@ void TDBDataset::open()
     m_eof = m_view.empty();
     if (tell)
         emit afterReset();
-    if (m_disableCount > 0)
-        m_statePending = true;
-    else
-        emit stateChanged(m_state);
+    notifyState();
     fire(EvAfterOpen);
     notifyScroll();
     fire(EvAfterScroll);
@@ -606,10 +603,7 @@ void TDBDataset::close()
     closeInternal();
     if (tell)
         emit afterReset();
-    if (m_disableCount > 0)
-        m_statePending = true;
-    else
-        emit stateChanged(m_state);
+    notifyState();
     fire(EvAfterClose);
 }
 
@@ -1276,10 +1270,7 @@ void TDBDataset::startInsert(int position)
     m_state = TDatasetState::Insert;
     if (tell)
         emit afterInsertRow(position);
-    if (m_disableCount > 0)
-        m_statePending = true;
-    else
-        emit stateChanged(m_state);
+    notifyState();
     notifyScroll();
     fire(EvNewRecord);
     fire(EvAfterInsert);
@@ -1471,10 +1462,7 @@ void TDBDataset::cancel()
         m_bof = m_view.empty();
         if (tell)
             emit afterRemoveRow(row);
-        if (m_disableCount > 0)
-            m_statePending = true;
-        else
-            emit stateChanged(m_state);
+        notifyState();
         notifyScroll();
     } else {
         m_buffer.reset(m_fields.size());

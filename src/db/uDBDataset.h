@@ -323,6 +323,8 @@ private:
     // observers
     bool beginNotify();
     void notifyRowChanged(int row);
+    // stateChanged now, or at the last enableControls while controls are disabled.
+    void notifyState();
     void notifyScroll();
 
     TDBConnection* m_connection = nullptr;

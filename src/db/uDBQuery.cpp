@@ -15,8 +15,7 @@ TDBQuery::TDBQuery(TDBConnection* connection, QObject* parent) : QObject(parent)
 TDBQuery::~TDBQuery()
 {
     close();
-    if (m_connection)
-        m_connection->detachClient(this);
+    RebindConnectionClient(this, m_connection, nullptr);
 }
 
 void TDBQuery::setConnection(TDBConnection* connection)
@@ -24,11 +23,7 @@ void TDBQuery::setConnection(TDBConnection* connection)
     if (connection == m_connection)
         return;
     close();
-    if (m_connection)
-        m_connection->detachClient(this);
-    m_connection = connection;
-    if (m_connection)
-        m_connection->attachClient(this);
+    RebindConnectionClient(this, m_connection, connection);
 }
 
 void TDBQuery::setSQL(const QString& sql)
