@@ -4,6 +4,7 @@
 //
 //   bench_dataset [--rows N] [--repeat N] [--file path]
 
+#include "bench_common.h"
 #include "uDBConnection.h"
 #include "uDBDataset.h"
 
@@ -52,13 +53,6 @@ const char* const kCoinsDDL =
     "PurchaseDate DATE, Store VARCHAR (500), Custom1 NONE NULL, Custom2 NONE NULL, "
     "Custom3 NONE NULL, Custom4 NONE NULL, Custom5 NONE NULL, Custom6 NONE NULL, "
     "Custom7 NONE NULL, Custom8 NONE NULL, Custom9 NONE NULL, Custom10 NONE NULL)";
-
-long peakKiB()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
 
 void check(int rc, sqlite3* db, const char* what)
 {
@@ -158,34 +152,11 @@ double bareLoop(const QByteArray& path, qint64* rowsOut, double* checksum)
     timer.start();
     sqlite3_stmt* stmt = nullptr;
     check(sqlite3_prepare_v2(db, kBareSQL, -1, &stmt, nullptr), db, "prepare");
-    const int columns = sqlite3_column_count(stmt);
-    qint64 rows = 0;
-    double sum = 0;
-    while (sqlite3_step(stmt) == SQLITE_ROW) {
-        for (int c = 0; c < columns; ++c) {
-            switch (sqlite3_column_type(stmt, c)) {
-            case SQLITE_INTEGER:
-                sum += double(sqlite3_column_int64(stmt, c));
-                break;
-            case SQLITE_FLOAT:
-                sum += sqlite3_column_double(stmt, c);
-                break;
-            case SQLITE_TEXT:
-            case SQLITE_BLOB:
-                sqlite3_column_blob(stmt, c);
-                sum += sqlite3_column_bytes(stmt, c);
-                break;
-            default:
-                break;
-            }
-        }
-        ++rows;
-    }
+    const qint64 rows = StepAllColumns(stmt, checksum);
     sqlite3_finalize(stmt);
     const double ms = double(timer.nsecsElapsed()) / 1e6;
     sqlite3_close(db);
     *rowsOut = rows;
-    *checksum = sum;
     return ms;
 }
 
@@ -347,11 +318,11 @@ int main(int argc, char* argv[])
     qint64 bareRows = 0;
     double checksum = 0;
     bareLoop(path, &bareRows, &checksum); // warms the file cache
-    const long baseKiB = peakKiB();
+    const long baseKiB = long(PeakMemoryMiB() * 1024.0);
     double bare = 1e300;
     for (int i = 0; i < repeat; ++i)
         bare = std::min(bare, bareLoop(path, &bareRows, &checksum));
-    const long afterBareKiB = peakKiB();
+    const long afterBareKiB = long(PeakMemoryMiB() * 1024.0);
 
     double dataset = 1e300;
     int records = 0;
@@ -360,11 +331,11 @@ int main(int argc, char* argv[])
         dataset = std::min(dataset, run.ms);
         records = run.records;
     }
-    const long afterDatasetKiB = peakKiB();
+    const long afterDatasetKiB = long(PeakMemoryMiB() * 1024.0);
     double withHandlers = 1e300;
     for (int i = 0; i < repeat; ++i)
         withHandlers = std::min(withHandlers, datasetOpen(file, true).ms);
-    const long afterHandlersKiB = peakKiB();
+    const long afterHandlersKiB = long(PeakMemoryMiB() * 1024.0);
 
     std::printf("rows                      %lld (dataset records %d)\n", static_cast<long long>(bareRows),
                 records);

@@ -29,19 +29,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-double MedianSeconds(int runs, const std::function<void()>& work)
-{
-    std::vector<double> times;
-    for (int i = 0; i < runs; ++i) {
-        QElapsedTimer timer;
-        timer.start();
-        work();
-        times.push_back(double(timer.nsecsElapsed()) / 1e9);
-    }
-    std::sort(times.begin(), times.end());
-    return times[times.size() / 2];
-}
-
 // The item statement over the non-blob columns of tblCoins, as the dataset runs it.
 QByteArray BareStatement(sqlite3* db)
 {
@@ -73,30 +60,9 @@ qint64 BareLoop(const QString& path, double* checksum)
         sqlite3_close(db);
         return -1;
     }
-    const int columns = sqlite3_column_count(stmt);
-    qint64 rows = 0;
-    double sum = 0;
-    while (sqlite3_step(stmt) == SQLITE_ROW) {
-        for (int c = 0; c < columns; ++c) {
-            switch (sqlite3_column_type(stmt, c)) {
-            case SQLITE_INTEGER:
-                sum += double(sqlite3_column_int64(stmt, c));
-                break;
-            case SQLITE_FLOAT:
-                sum += sqlite3_column_double(stmt, c);
-                break;
-            case SQLITE_TEXT:
-                sum += sqlite3_column_bytes(stmt, c);
-                break;
-            default:
-                break;
-            }
-        }
-        ++rows;
-    }
+    const qint64 rows = StepAllColumns(stmt, checksum);
     sqlite3_finalize(stmt);
     sqlite3_close(db);
-    *checksum = sum;
     return rows;
 }
 
@@ -130,7 +96,7 @@ int main(int argc, char** argv)
         // Warm the file cache, then time the bare loop.
         double checksum = 0;
         qint64 rows = BareLoop(path, &checksum);
-        const double bare = MedianSeconds(5, [&] { rows = BareLoop(path, &checksum); });
+        const double bare = 1e-3 * MedianMs(5, [&] { rows = BareLoop(path, &checksum); });
         out << u"Bare sqlite3 loop:            %1 rows in %2 ms"_s.arg(rows).arg(bare * 1000, 0, 'f', 1)
             << Qt::endl;
 
@@ -144,7 +110,7 @@ int main(int argc, char** argv)
             return 1;
         }
         const double connect = double(timer.nsecsElapsed()) / 1e9;
-        const double open = MedianSeconds(3, [&] {
+        const double open = 1e-3 * MedianMs(3, [&] {
             dm.qDS_Items->close();
             dm.qDS_Items->open();
         });
@@ -152,7 +118,7 @@ int main(int argc, char** argv)
         // The same without the record rules, to show what the calculated fields cost.
         dm.qDS_Items->setOnCalcFields({});
         dm.qDS_Items->setOnReadRecord({});
-        const double openPlain = MedianSeconds(3, [&] {
+        const double openPlain = 1e-3 * MedianMs(3, [&] {
             dm.qDS_Items->close();
             dm.qDS_Items->open();
         });
@@ -176,7 +142,7 @@ int main(int argc, char** argv)
         const double prices[MetalCount] = {2350.5, 29.1, 1010, 980, 4700, 0.29};
         for (int m = 0; m < MetalCount; ++m)
             SpotPrices().Add({m, prices[m], u"USD"_s, QString(), 1, QString()});
-        const double refresh = MedianSeconds(3, [&] { dm.RefreshItems(); });
+        const double refresh = 1e-3 * MedianMs(3, [&] { dm.RefreshItems(); });
         out << u"RefreshItems after new spot:  %1 ms"_s.arg(refresh * 1000, 0, 'f', 1) << Qt::endl;
 
         // Walking the records as a view would, reading what the list shows.
@@ -202,7 +168,7 @@ int main(int argc, char** argv)
 
         const QByteArray photo = MakePhotoJpeg(4000, 3000);
         QByteArray thumb;
-        const double thumbnail = MedianSeconds(5, [&] { thumb = MakeThumbnail(photo); });
+        const double thumbnail = 1e-3 * MedianMs(5, [&] { thumb = MakeThumbnail(photo); });
         out << u"MakeThumbnail 4000x3000 JPEG (%1 KiB): %2 ms -> %3 KiB"_s.arg(photo.size() / 1024)
                    .arg(thumbnail * 1000, 0, 'f', 1)
                    .arg(thumb.size() / 1024)
