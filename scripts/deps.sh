@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
     cmake ninja-build g++ make pkg-config python3
     qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite qt6-charts-dev qt6-svg-dev
-    qt6-httpserver-dev qt6-websockets-dev libgl-dev
+    qt6-httpserver-dev qt6-websockets-dev libgl-dev libqt6opengl6-dev zlib1g-dev
     libssl-dev openssl libsqlite3-dev sqlite3
     xvfb xauth tinyproxy
     fonts-dejavu-core
