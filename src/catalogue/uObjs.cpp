@@ -23,13 +23,16 @@ using namespace Qt::StringLiterals;
 
 void TCoverPicture::Assign(const QImage& image, const QByteArray& encoded)
 {
-    Graphic = image;
-    Data = encoded;
-    if (Data.isEmpty() && !image.isNull()) {
-        QBuffer buffer(&Data);
-        buffer.open(QIODevice::WriteOnly);
-        image.save(&buffer, "PNG");
+    Data.clear();
+    if (image.isNull())
+        return;
+    if (!encoded.isEmpty()) {
+        Data = encoded;
+        return;
     }
+    QBuffer buffer(&Data);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
 }
 
 bool TCoverPicture::Assign(const QVariant& result)
@@ -53,15 +56,7 @@ bool TCoverPicture::Assign(const QVariant& result)
 
 QImage TCoverPicture::Image() const
 {
-    if (Graphic.isNull() && !Data.isEmpty())
-        return QImage::fromData(Data);
-    return Graphic;
-}
-
-void TCoverPicture::Clear()
-{
-    Data.clear();
-    Graphic = QImage();
+    return Data.isEmpty() ? QImage() : QImage::fromData(Data);
 }
 
 QString PictureKindText(quint8 kind)

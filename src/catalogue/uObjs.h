@@ -40,22 +40,22 @@ public:
     TCoverPicture(quint8 kind, const QString& url) : Kind(kind), URL(url) {}
 
     // True while the picture has no graphic.
-    bool IsEmpty() const { return Data.isEmpty() && Graphic.isNull(); }
-    // Takes a downloaded picture: the image and the bytes it was decoded from. Without bytes the
-    // image is encoded as PNG, so that Data always holds what the image shows.
+    bool IsEmpty() const { return Data.isEmpty(); }
+    // Takes a downloaded picture: the bytes the image was decoded from are kept as they stand.
+    // Without bytes the image is encoded as PNG. A null image empties the picture.
     void Assign(const QImage& image, const QByteArray& encoded = {});
     // Takes the result of a picture download (TDownloadedImage, or a plain QImage). False, and the
     // picture unchanged, when the value holds no image.
     bool Assign(const QVariant& result);
-    // The graphic, decoded from Data when only the bytes are held; null when empty.
+    // The graphic, decoded from Data at each call (pictures are held encoded, and decoded only to
+    // be shown); null when empty.
     QImage Image() const;
-    void Clear();
+    void Clear() { Data.clear(); }
 
     quint8 Kind = kThumbnail;
     QString URL;
     quint32 Reserved = 0; // stays 0
     QByteArray Data;      // the encoded picture, stored as it stands when the asset is added
-    QImage Graphic;       // the decoded picture, for display
 };
 
 // The language text of a picture kind ("Thumbnail" ... "Other"); empty for an unknown kind.
