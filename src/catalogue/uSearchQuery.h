@@ -23,12 +23,12 @@ inline constexpr qsizetype cWeightFlagPlaces = 5;
 // editor reads as 0, a null mint as none.
 struct TSearchFilters
 {
-    QString Keywords;             // text of edtSearch
-    QString Metals;               // state text of cbMetals: six places, "1" for checked
-    QString CoinTypes;            // state text of cbTypes: five places
-    std::optional<qint32> MintID; // cbMint
-    double WeightFrom = 0.0;      // seWeightFrom, in the unit of cbWeightUnit
-    double WeightTo = 0.0;        // seWeightTo
+    QString Keywords{};             // text of edtSearch
+    QString Metals{};               // state text of cbMetals: six places, "1" for checked
+    QString CoinTypes{};            // state text of cbTypes: five places
+    std::optional<qint32> MintID{}; // cbMint
+    double WeightFrom = 0.0;        // seWeightFrom, in the unit of cbWeightUnit
+    double WeightTo = 0.0;          // seWeightTo
     qint32 WeightUnit = cWeightUnitOunces;
     qint32 YearFrom = 0; // seYearFrom
     qint32 YearTo = 0;   // seYearTo

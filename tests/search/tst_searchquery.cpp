@@ -7,11 +7,9 @@
 #include "uSearchQuery.h"
 
 #include <QLocale>
-#include <QSet>
 #include <QtTest>
 
 #include <algorithm>
-#include <optional>
 
 Q_DECLARE_METATYPE(TSearchFilters)
 
@@ -24,16 +22,13 @@ TSearchFilters Filters(const QString& keywords, const QString& metals = {}, cons
     return TSearchFilters{keywords, metals, types, mint, from, to, unit, yearFrom, yearTo};
 }
 
-// Restores the process's default locale when a test ends, also on a failed comparison.
-class TDefaultLocale
+QList<qint32> Range(qint32 first, qint32 last)
 {
-public:
-    explicit TDefaultLocale(const QLocale& locale) { QLocale::setDefault(locale); }
-    ~TDefaultLocale() { QLocale::setDefault(m_saved); }
-
-private:
-    QLocale m_saved = QLocale();
-};
+    QList<qint32> tags;
+    for (qint32 tag = first; tag <= last; ++tag)
+        tags << tag;
+    return tags;
+}
 
 } // namespace
 
@@ -42,232 +37,114 @@ class TestSearchQuery : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        LoadEnglish();
-        QLocale::setDefault(QLocale::c());
-    }
+    void initTestCase() { LoadEnglish(); }
 
     void typedSearch_data()
     {
         QTest::addColumn<TSearchFilters>("filters");
+        QTest::addColumn<QLocale>("locale");
         QTest::addColumn<QString>("query");
-        AddRow("defaults send only the keywords", Filters("maple"), QString("keywords=maple"));
-        AddRow("empty box", Filters(""), QString("keywords="));
-        AddRow("slash and blanks", Filters("1/10 oz maple"), QString("keywords=1%2F10+oz+maple"));
-        AddRow("non-ASCII as UTF-8 bytes", Filters(QString::fromUtf8("Zürich 熊猫")),
+        const QLocale c = QLocale::c();
+        const auto g = cWeightUnitGrams;
+        AddRow("defaults send only the keywords", Filters(""), c, QString("keywords="));
+        AddRow("slash and blanks", Filters("1/10 oz maple"), c, QString("keywords=1%2F10+oz+maple"));
+        AddRow("non-ASCII as UTF-8 bytes", Filters(QString::fromUtf8("Zürich 熊猫")), c,
                QString("keywords=Z%C3%BCrich+%E7%86%8A%E7%8C%AB"));
-        AddRow("quotes, ampersand, plus", Filters("\"a&b\" +c"), QString("keywords=%22a%26b%22+%2Bc"));
-        AddRow("metals checked", Filters("x", "010001"), QString("keywords=x&metals=[1,5]"));
-        AddRow("no metal checked", Filters("x", "000000"), QString("keywords=x"));
-        AddRow("metal text too short", Filters("x", "01000"), QString("keywords=x"));
-        AddRow("metal text too long", Filters("x", "0100000"), QString("keywords=x"));
-        AddRow("only \"1\" counts as checked", Filters("x", "2x1 10"), QString("keywords=x&metals=[2,4]"));
-        AddRow("types checked", Filters("x", "", "00011"), QString("keywords=x&coin_types=[3,4]"));
-        AddRow("types of six places", Filters("x", "", "000110"), QString("keywords=x"));
-        AddRow("mint", Filters("x", "", "", 32), QString("keywords=x&mints=[32]"));
-        AddRow("mint 0 is a mint", Filters("x", "", "", 0), QString("keywords=x&mints=[0]"));
-        AddRow("grams from 10 to 0", Filters("x", "", "", {}, 10, 0, cWeightUnitGrams),
+        AddRow("quotes, ampersand, plus", Filters("\"a&b\" +c"), c, QString("keywords=%22a%26b%22+%2Bc"));
+        AddRow("only \"1\" of six places checks", Filters("x", "2x1 10", "00011"), c,
+               QString("keywords=x&metals=[2,4]&coin_types=[3,4]"));
+        AddRow("wrong number of places", Filters("x", "01000", "000110"), c, QString("keywords=x"));
+        AddRow("mint 0 is a mint", Filters("x", "", "", 0), c, QString("keywords=x&mints=[0]"));
+        AddRow("grams from 10 to 0", Filters("x", "", "", {}, 10, 0, g), c,
                QString("keywords=x&weight_g_range=[10.00,0.00]"));
-        AddRow("ounces to 1/2", Filters("x", "", "", {}, 0, 0.5, cWeightUnitOunces),
-               QString("keywords=x&weight_oz_range=[0.00,0.50]"));
-        AddRow("two decimals, no group separator", Filters("x", "", "", {}, 1234.567, 2000, cWeightUnitGrams),
-               QString("keywords=x&weight_g_range=[1234.57,2000.00]"));
-        AddRow("weights of 0 send nothing", Filters("x", "", "", {}, 0, 0, cWeightUnitGrams),
-               QString("keywords=x"));
-        AddRow("negative weights send nothing", Filters("x", "", "", {}, -1, -2, cWeightUnitGrams),
-               QString("keywords=x"));
-        AddRow("no unit chosen", Filters("x", "", "", {}, 1, 2, -1), QString("keywords=x"));
-        AddRow("years from 2000", Filters("x", "", "", {}, 0, 0, 0, 2000, 0),
+        AddRow("two decimals, no group separator", Filters("x", "", "", {}, 1234.567, 0.5, g), c,
+               QString("keywords=x&weight_g_range=[1234.57,0.50]"));
+        AddRow("German comma", Filters("x", "", "", 12345, 1234.5, 0, g, 12000), QLocale(QLocale::German),
+               QString("keywords=x&mints=[12345]&weight_g_range=[1234,50,0,00]&years_range=[12000,0]"));
+        AddRow("Arabic separator, ASCII digits", Filters("x", "", "", {}, 0, 0.5, g),
+               QLocale(QLocale::Arabic, QLocale::Egypt),
+               QString::fromUtf8("keywords=x&weight_g_range=[0٫00,0٫50]"));
+        AddRow("no unit chosen", Filters("x", "", "", {}, 1, 2, -1), c, QString("keywords=x"));
+        AddRow("years from 2000", Filters("x", "", "", {}, 0, 0, 0, 2000, 0), c,
                QString("keywords=x&years_range=[2000,0]"));
-        AddRow("years up to 1933", Filters("x", "", "", {}, 0, 0, 0, 0, 1933),
-               QString("keywords=x&years_range=[0,1933]"));
-        AddRow("negative year counts", Filters("x", "", "", {}, 0, 0, 0, -5, 0),
-               QString("keywords=x&years_range=[-5,0]"));
-        AddRow("everything, in order",
-               Filters("gold bar", "100000", "00010", 6, 1, 10, cWeightUnitOunces, 1990, 2020),
-               QString("keywords=gold+bar&metals=[0]&coin_types=[3]&mints=[6]&weight_oz_range=[1.00,10.00]"
-                       "&years_range=[1990,2020]"));
+        AddRow("everything in order, never weights=",
+               Filters("gold bar", "111111", "11111", 6, 1, 10, cWeightUnitOunces, 1990, 2020), c,
+               QString("keywords=gold+bar&metals=[0,1,2,3,4,5]&coin_types=[0,1,2,3,4]&mints=[6]"
+                       "&weight_oz_range=[1.00,10.00]&years_range=[1990,2020]"));
     }
     void typedSearch()
     {
         QFETCH(TSearchFilters, filters);
-        QFETCH(QString, query);
-        QCOMPARE(TypedSearchQuery(filters), query);
-        QCOMPARE(SearchQuery(smTyped, 7, "ignored", filters), query);
-    }
-
-    void weightRangeInProcessNumberFormat_data()
-    {
-        QTest::addColumn<QLocale>("locale");
-        QTest::addColumn<QString>("range");
-        AddRow("German", QLocale(QLocale::German, QLocale::Germany), QString("[1000,00,0,50]"));
-        AddRow("French", QLocale(QLocale::French, QLocale::France), QString("[1000,00,0,50]"));
-        AddRow("U.S. English", QLocale(QLocale::English, QLocale::UnitedStates), QString("[1000.00,0.50]"));
-        // Its own separator, but the digits stay ASCII.
-        AddRow("Arabic", QLocale(QLocale::Arabic, QLocale::SaudiArabia), QString::fromUtf8("[1000٫00,0٫50]"));
-        AddRow("Persian", QLocale(QLocale::Persian, QLocale::Iran), QString::fromUtf8("[1000٫00,0٫50]"));
-    }
-    void weightRangeInProcessNumberFormat()
-    {
         QFETCH(QLocale, locale);
-        QFETCH(QString, range);
-        const TDefaultLocale scope(locale);
-        QCOMPARE(TypedSearchQuery(Filters("", "", "", {}, 1000, 0.5, cWeightUnitGrams)),
-                 "keywords=&weight_g_range=" + range);
-        // Whole numbers are never written with separators.
-        QCOMPARE(TypedSearchQuery(Filters("", "", "", 12345, 0, 0, 0, 12000, 0)),
-                 QString("keywords=&mints=[12345]&years_range=[12000,0]"));
-    }
-
-    void standardWeightsAreNeverSent()
-    {
-        QCOMPARE(StandardWeightsList("10001"), QString("31.1035,1.5552"));
-        QCOMPARE(StandardWeightsList("00000"), QString());
-        QCOMPARE(StandardWeightsList("1000"), QString());
-        // The dialog has nothing that fills the flag text: no filter combination sends the key.
-        QVERIFY(!TypedSearchQuery(Filters("a", "111111", "11111", 1, 1, 1, 1, 1, 1)).contains("weights="));
-    }
-
-    void textSearch_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("query");
-        AddRow("words", QString("Maple leaf 2019"), QString("keywords=Maple+leaf+2019"));
-        AddRow("phrase", QString("\"Maple leaf\""), QString("keywords=%22Maple+leaf%22"));
-        AddRow("empty", QString(), QString("keywords="));
-    }
-    void textSearch()
-    {
-        QFETCH(QString, text);
         QFETCH(QString, query);
-        // The dialog's filters play no part in a search from outside.
-        const TSearchFilters filters = Filters("other", "111111", "11111", 3, 1, 2, 0, 2000, 2001);
-        QCOMPARE(SearchQuery(smText, -1, text, filters), query);
+        const QLocale saved;
+        QLocale::setDefault(locale);
+        const QString formed = SearchQuery(smTyped, 7, "ignored", filters);
+        QLocale::setDefault(saved);
+        QCOMPARE(formed, query);
     }
 
-    void quickSearch_data()
+    void otherModes_data()
     {
         QTest::addColumn<int>("mode");
         QTest::addColumn<int>("tag");
         QTest::addColumn<QString>("query");
-        AddRow("Maple leafs keep their quotes and blank", 2, 1,
+        AddRow("text from outside, filters ignored", 1, -1, QString("keywords=%22Maple+leaf%22+2019"));
+        AddRow("Maple leafs keep quotes and blank", 2, 1,
                QString("metals=[0]&coin_types=[0,1,2]&keywords=\"Maple leaf\"&mints=[1]"));
-        AddRow("apostrophe raw", 2, 5,
-               QString("metals=[0]&coin_types=[0,1,2]&keywords=Canada's Flowers&mints=[1]"));
-        AddRow("year filter as it stands", 2, 4,
-               QString("metals=[0]&coin_types=[0,1,2]&years_filter=[2019]&mints=[1]"));
-        AddRow("pre 1933", 2, 22, QString("metals=[0]&coin_types=[0]&years_range=[0,1933]&mints=[32]"));
         AddRow("no mint", 2, 27, QString("metals=[0]&coin_types=[0]&keywords=Somalia Elephant"));
-        AddRow("gold bars say bar", 3, 1, QString("metals=[0]&coin_types=[3,4]&keywords=bar&mints=[6]"));
         AddRow("Rand refinery says rand", 3, 10,
                QString("metals=[0]&coin_types=[3,4]&keywords=rand&mints=[31]"));
         AddRow(
             "keywords before years", 4, 3,
             QString("metals=[1]&coin_types=[0,1,2]&keywords=Silver dollar&years_range=[0,1990]&mints=[32]"));
-        AddRow("silver bars have no keywords", 5, 1, QString("metals=[1]&coin_types=[3,4]&mints=[5]"));
         AddRow("Southern Cross as -1", 5, 12, QString("metals=[1]&coin_types=[3,4]&mints=[-1]"));
-        AddRow("platinum bar", 6, 10, QString("metals=[2]&coin_types=[3,4]&mints=[6]"));
-        AddRow("palladium Maple leafs", 6, 19,
-               QString("metals=[3]&coin_types=[0,1,2]&keywords=Maple leaf&mints=[1]"));
         AddRow("other metals have no tag 16", 6, 16, QString());
         AddRow("tag 0", 2, 0, QString());
-        AddRow("tag after the last", 3, 15, QString());
-        AddRow("tag -1", 4, -1, QString());
         AddRow("mode beyond the quick searches", 7, 1, QString());
     }
-    void quickSearch()
+    void otherModes()
     {
         QFETCH(int, mode);
         QFETCH(int, tag);
         QFETCH(QString, query);
-        QCOMPARE(SearchQuery(quint8(mode), tag, "ignored", Filters("ignored", "111111")), query);
+        QCOMPARE(SearchQuery(quint8(mode), tag, "\"Maple leaf\" 2019", Filters("typed", "111111")), query);
         // A tag without a row ends the request at "search-coins&".
-        QCOMPARE(SearchURL("https://host:1", query),
-                 "https://host:1/orv/search.php?action=search-coins&" + query);
+        QCOMPARE(SearchURL("https://h:1", query), "https://h:1/orv/search.php?action=search-coins&" + query);
     }
 
     void tablesCoverEveryGalleryItem_data()
     {
         QTest::addColumn<int>("mode");
         QTest::addColumn<QList<qint32>>("tags");
-        QTest::addColumn<QString>("metals");
-        AddRow("gold coins", 2, Range(1, 27), QString("0"));
-        AddRow("gold bars", 3, Range(1, 14), QString("0"));
-        AddRow("silver coins", 4, Range(1, 21), QString("1"));
-        AddRow("silver bars", 5, Range(1, 14), QString("1"));
-        AddRow("other metals", 6, Range(1, 15) + Range(17, 25), QString("2,3"));
+        AddRow("gold coins", 2, Range(1, 27));
+        AddRow("gold bars", 3, Range(1, 14));
+        AddRow("silver coins", 4, Range(1, 21));
+        AddRow("silver bars", 5, Range(1, 14));
+        AddRow("other metals", 6, Range(1, 15) + Range(17, 25));
     }
     void tablesCoverEveryGalleryItem()
     {
         QFETCH(int, mode);
         QFETCH(QList<qint32>, tags);
-        QFETCH(QString, metals);
         QList<qint32> tableTags;
         for (const TQuickSearch& row : QuickSearches(quint8(mode))) {
-            QCOMPARE(int(row.Mode), mode);
             tableTags << row.Tag;
-            QVERIFY(metals.split(',').contains(row.Metals.toString()));
-            QVERIFY2(row.CoinTypes == u"0,1,2" || row.CoinTypes == u"0" || row.CoinTypes == u"3,4",
-                     qPrintable(row.CoinTypes.toString()));
             QVERIFY(!row.Gallery.isEmpty());
-            // Only the other metals' tab shows no item text.
-            QCOMPARE(row.Tab.isEmpty(), mode == smOtherMetals);
+            QCOMPARE(row.Tab.isEmpty(), mode == smOtherMetals); // only there the tab has no item text
         }
         QCOMPARE(tableTags, tags);
 
-        // The add dialog's gallery of the mode shows every tag once.
-        QList<qint32> galleryTags;
+        // The add dialog's gallery shows every tag once; the application menu names only rows.
+        QList<qint32> shown;
         for (const TQuickSearchGallery& gallery : AddDialogGalleries())
-            if (gallery.Mode == mode)
-                for (const TGalleryGroup& group : gallery.Groups)
-                    galleryTags += group.Tags;
-        std::sort(galleryTags.begin(), galleryTags.end());
-        QCOMPARE(galleryTags, tags);
-
-        // The application menu's items all name a row of their group's mode, once each.
-        QSet<qint32> seen;
-        for (const TBackstageGalleryGroup& group : BackstageGalleryGroups()) {
-            if (group.Mode != mode)
-                continue;
-            for (const TBackstageGalleryItem& item : group.Items) {
-                QVERIFY2(FindQuickSearch(group.Mode, item.Tag), qPrintable(item.Caption));
-                QVERIFY2(!seen.contains(item.Tag), qPrintable(item.Caption));
-                seen.insert(item.Tag);
-            }
-        }
-    }
-
-    void galleriesInOrderOfDisplay()
-    {
-        QStringList addDialog;
-        for (const TQuickSearchGallery& gallery : AddDialogGalleries())
-            addDialog << QString("%1 %2 %3").arg(gallery.Name, gallery.TextKey).arg(int(gallery.Mode));
-        QCOMPARE(addDialog, QStringList({"btnSelectGoldCoins cSAddDlgQSGoldCoins 2",
-                                         "btnSelectGoldBars cSAddDlgQSGoldBars 3",
-                                         "btnSelectSilverCoins cSAddDlgQSSilverCoins 4",
-                                         "btnSelectSilverBars cSAddDlgQSSilverBars 5",
-                                         "btnSelectOtherMetals cSAddDlgQSOtherMetals 6"}));
-        const TQuickSearchGallery& goldCoins = AddDialogGalleries().at(0);
-        QCOMPARE(goldCoins.Groups.at(0).Heading, QString("United States Mint"));
-        QCOMPARE(goldCoins.Groups.at(0).Tags, QList<qint32>({19, 20, 22, 23, 21}));
-        QCOMPARE(AddDialogGalleries().at(1).Groups.at(0).Tags,
-                 QList<qint32>({3, 4, 5, 6, 7, 1, 2}) + Range(8, 14));
-
-        QStringList menu;
+            for (const TGalleryGroup& group : gallery.Groups)
+                shown += gallery.Mode == mode ? group.Tags : QList<qint32>();
+        std::sort(shown.begin(), shown.end());
+        QCOMPARE(shown, tags);
         for (const TBackstageGalleryGroup& group : BackstageGalleryGroups())
-            menu << QString("%1 %2 %3 %4")
-                        .arg(group.Name, group.TextKey)
-                        .arg(int(group.Mode))
-                        .arg(group.Items.size());
-        QCOMPARE(menu, QStringList(
-                           {"gGoldCoins cSAddDlgQSGoldCoins 2 22", "gSilverCoins cSAddDlgQSSilverCoins 4 21",
-                            "gGoldBars cSAddDlgQSGoldBars 3 14", "gSilverBars cSAddDlgQSSilverBars 5 14"}));
-        // The menu's captions are its own; the tab still reads the row's text.
-        const TBackstageGalleryItem& first = BackstageGalleryGroups().at(0).Items.at(2);
-        QCOMPARE(first.Tag, 22);
-        QCOMPARE(first.Caption, QString("US Pre 1933"));
-        QCOMPARE(FindQuickSearch(smGoldCoins, 22)->Gallery.toString(), QString("Pre 1933"));
+            for (const TBackstageGalleryItem& item : group.Items)
+                QVERIFY2(group.Mode != mode || tags.contains(item.Tag), qPrintable(item.Caption));
     }
 
     void tabTitles_data()
@@ -279,10 +156,8 @@ private slots:
         AddRow("from outside", 1, -1, QString("Keyword search: outside words"));
         AddRow("gold coins", 2, 6, QString("Gold coins: Kangaroo / Nugget"));
         AddRow("gold bars", 3, 7, QString("Gold bars: Geiger Edelmetalle"));
-        AddRow("silver coins", 4, 13, QString("Silver coins: Queen's beasts"));
         AddRow("silver bars", 5, 10, QString("Silver bars: Royal Canadian Mint (RCM)"));
         AddRow("other metals alone", 6, 3, QString("Other metals"));
-        AddRow("tag without a row", 2, 99, QString("Gold coins: "));
     }
     void tabTitles()
     {
@@ -290,15 +165,6 @@ private slots:
         QFETCH(int, tag);
         QFETCH(QString, title);
         QCOMPARE(SearchTabTitle(quint8(mode), tag, "outside words", Filters("typed words")), title);
-    }
-
-private:
-    static QList<qint32> Range(qint32 first, qint32 last)
-    {
-        QList<qint32> tags;
-        for (qint32 tag = first; tag <= last; ++tag)
-            tags << tag;
-        return tags;
     }
 };
 

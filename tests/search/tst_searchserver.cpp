@@ -20,6 +20,7 @@
 #include <QtTest>
 
 #include <optional>
+#include <tuple>
 
 Q_DECLARE_METATYPE(TSearchFilters)
 
@@ -47,11 +48,6 @@ public:
     }
 };
 
-// The tab a search reply is meant for.
-class TTabObj : public TMessageObj
-{
-};
-
 // One row of every quick-search table, as a test row name.
 QByteArray RowName(const TQuickSearch& row)
 {
@@ -60,23 +56,16 @@ QByteArray RowName(const TQuickSearch& row)
     return QByteArray(modes[row.Mode]) + ' ' + QByteArray::number(row.Tag) + ' ' + row.Gallery.toUtf8();
 }
 
-TSearchFilters Typed(const QString& keywords)
-{
-    TSearchFilters filters;
-    filters.Keywords = keywords;
-    return filters;
-}
-
 // Limits that every result of a search must keep; a limit of -1 (or 0 for a range) is none.
 struct TExpect
 {
     int MinCount = 1;
     int MaxCount = -1;
     int Metal = -1;
-    QList<int> CoinTypes;
+    QList<int> CoinTypes{};
     double GramsLow = 0, GramsHigh = 0;
     int YearLow = 0, YearHigh = 0;
-    QString NameHas; // in Name or Series, without regard to case
+    QString NameHas{}; // in Name or Series, without regard to case
 };
 
 } // namespace
@@ -113,7 +102,7 @@ private:
         queue.MaxThreads = 5;
         queue.Window = &window;
         queue.AddDownload(TDownloadQueue::WorkerClass<TEncryptedTextDownloader>(), url, QString(),
-                          cMsgSearchReply, &window, std::make_unique<TTabObj>());
+                          cMsgSearchReply, &window, std::make_unique<TMessageObj>());
         queue.Start();
         queue.WaitFor();
         QCoreApplication::sendPostedEvents();
@@ -128,29 +117,19 @@ private:
         return ReadSearchReply(window.Replies.first());
     }
 
-    static void CheckResults(const TMetalAssets& assets, const TExpect& expect)
+    static void CheckResults(const TMetalAssets& assets, const TExpect& e)
     {
-        QVERIFY2(int(assets.size()) >= expect.MinCount, qPrintable(QString::number(assets.size())));
-        if (expect.MaxCount >= 0)
-            QVERIFY2(int(assets.size()) <= expect.MaxCount, qPrintable(QString::number(assets.size())));
-        for (const auto& asset : assets) {
-            const QByteArray name = asset->Name.toUtf8();
-            if (expect.Metal >= 0)
-                QVERIFY2(asset->Metal == expect.Metal, name);
-            if (!expect.CoinTypes.isEmpty())
-                QVERIFY2(expect.CoinTypes.contains(asset->CoinType), name);
-            if (expect.GramsLow > 0)
-                QVERIFY2(asset->WeightG >= expect.GramsLow, name);
-            if (expect.GramsHigh > 0)
-                QVERIFY2(asset->WeightG <= expect.GramsHigh, name);
-            if (expect.YearLow > 0)
-                QVERIFY2(asset->Year >= expect.YearLow, name);
-            if (expect.YearHigh > 0)
-                QVERIFY2(asset->Year <= expect.YearHigh, name);
-            if (!expect.NameHas.isEmpty())
-                QVERIFY2(asset->Name.contains(expect.NameHas, Qt::CaseInsensitive) ||
-                             asset->Series.contains(expect.NameHas, Qt::CaseInsensitive),
-                         name);
+        QVERIFY2(int(assets.size()) >= e.MinCount && (e.MaxCount < 0 || int(assets.size()) <= e.MaxCount),
+                 qPrintable(QString::number(assets.size())));
+        for (const auto& a : assets) {
+            const bool fits =
+                (e.Metal < 0 || a->Metal == e.Metal) &&
+                (e.CoinTypes.isEmpty() || e.CoinTypes.contains(a->CoinType)) &&
+                (e.GramsLow <= 0 || a->WeightG >= e.GramsLow) &&
+                (e.GramsHigh <= 0 || a->WeightG <= e.GramsHigh) && (e.YearLow <= 0 || a->Year >= e.YearLow) &&
+                (e.YearHigh <= 0 || a->Year <= e.YearHigh) &&
+                (e.NameHas.isEmpty() || (a->Name + a->Series).contains(e.NameHas, Qt::CaseInsensitive));
+            QVERIFY2(fits, qPrintable(a->Caption()));
         }
     }
 
@@ -172,226 +151,137 @@ private slots:
         m_home.reset();
     }
 
-    void everyQuickSearchFindsItsMetalAndType_data()
+    void searches_data()
     {
         QTest::addColumn<int>("mode");
         QTest::addColumn<int>("tag");
-        for (const TQuickSearch& row : AllQuickSearches())
-            AddRow(RowName(row).constData(), int(row.Mode), int(row.Tag));
-    }
-    void everyQuickSearchFindsItsMetalAndType()
-    {
-        QFETCH(int, mode);
-        QFETCH(int, tag);
-        const TQuickSearch& row = *FindQuickSearch(quint8(mode), tag);
-        const QString query = SearchQuery(quint8(mode), tag, QString(), TSearchFilters());
-        QString target;
-        const auto assets = Search(SearchURL(query), &target);
-        QVERIFY2(assets, qPrintable(query));
-
-        // The server read the query as it was formed: raw blanks and quotes travelled
-        // percent-encoded, and decode to the same text.
-        QVERIFY2(!target.contains(' ') && !target.contains('"'), qPrintable(target));
-        QCOMPARE(QUrl::fromPercentEncoding(target.toUtf8()), "/orv/search.php?action=search-coins&" + query);
-
-        TExpect expect;
-        expect.Metal = row.Metals.toInt();
-        for (const QString& type : row.CoinTypes.toString().split(','))
-            expect.CoinTypes << type.toInt();
-        if (row.Years == u"years_filter=[2019]")
-            expect.YearLow = expect.YearHigh = 2019;
-        if (row.Years.startsWith(u"years_range=[0,")) {
-            expect.YearLow = 1;
-            expect.YearHigh = row.Years.mid(15, 4).toInt();
-        }
-        CheckResults(*assets, expect);
-        // Every result has its thumbnail on the server's thumbnail store.
-        for (const auto& asset : *assets) {
-            const TCoverPicture* thumbnail = asset->PictureOfKind(TCoverPicture::kThumbnail);
-            QVERIFY2(thumbnail, qPrintable(asset->Name));
-            QVERIFY(thumbnail->URL.startsWith(m_server.BaseUrl() + "/orv/Images_Thumbs/"));
-        }
-    }
-
-    void typedAndTextSearches_data()
-    {
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<QString>("searchText");
+        QTest::addColumn<QString>("text"); // mode 1: SearchText; mode 0: the search box
         QTest::addColumn<TSearchFilters>("filters");
         QTest::addColumn<QLocale>("locale");
         QTest::addColumn<TExpect>("expect");
         const QLocale c = QLocale::c();
-        TSearchFilters f;
-        TExpect e;
-
-        e = {};
-        e.NameHas = "Maple Leaf";
-        AddRow("phrase", 0, QString(), Typed("\"Maple leaf\""), c, e);
-        e = {};
-        e.MinCount = 0;
-        e.MaxCount = 0;
-        AddRow("phrase out of order finds nothing", 0, QString(), Typed("\"leaf maple\""), c, e);
-        e = {};
-        e.NameHas = "1/10 oz";
-        AddRow("slash in the keywords", 0, QString(), Typed("1/10 oz maple"), c, e);
-        e = {};
-        e.NameHas = "Krugerrand";
-        AddRow("non-ASCII letter", 0, QString(), Typed(QString::fromUtf8("Krügerrand")), c, e);
-        AddRow("text from outside", 1, QString("Krugerrands"), Typed("ignored words"), c, e);
-
-        f = Typed("");
-        f.Metals = "010000";
-        f.CoinTypes = "00011";
-        f.WeightFrom = 1000;
-        f.WeightUnit = cWeightUnitGrams;
-        e = {};
-        e.Metal = 1;
-        e.CoinTypes = {3, 4};
-        e.GramsLow = 999.99;
-        AddRow("silver bars from 1000 g, upper bound 0", 0, QString(), f, c, e);
-
-        f = Typed("");
-        f.WeightFrom = f.WeightTo = 0.1;
-        e = {};
-        e.GramsLow = 0.095 * TroyOunceGrams;
-        e.GramsHigh = 0.105 * TroyOunceGrams;
-        AddRow("1/10 oz range", 0, QString(), f, c, e);
-
-        f = Typed("bar");
-        f.WeightFrom = f.WeightTo = 1000;
-        f.WeightUnit = cWeightUnitGrams;
-        e = {};
-        e.GramsLow = 999.99;
-        e.GramsHigh = 1000.01;
-        AddRow("German decimal comma in grams", 0, QString(), f, QLocale(QLocale::German, QLocale::Germany),
-               e);
-        AddRow("Arabic decimal separator in grams", 0, QString(), f, QLocale(QLocale::Arabic, QLocale::Egypt),
-               e);
-
-        f = Typed("");
-        f.Metals = "100000";
-        f.YearFrom = 2000;
-        e = {};
-        e.Metal = 0;
-        e.YearLow = 2000;
-        AddRow("gold from 2000, upper bound 0", 0, QString(), f, c, e);
-
-        f = Typed("");
-        f.YearTo = 1933;
-        e = {};
-        e.YearLow = 1;
-        e.YearHigh = 1933;
-        AddRow("up to 1933", 0, QString(), f, c, e);
-
-        f = Typed("Eagle");
-        f.Metals = "000100";
-        f.CoinTypes = "10000";
-        f.MintID = 32;
-        e = {};
-        e.Metal = 3;
-        e.CoinTypes = {0};
-        e.NameHas = "Eagle";
-        AddRow("palladium Eagle of the US Mint", 0, QString(), f, c, e);
+        // Every quick search finds results of its metal, its types and its years.
+        for (const TQuickSearch& row : AllQuickSearches()) {
+            TExpect e{.Metal = row.Metals.toInt()};
+            for (const QString& type : row.CoinTypes.toString().split(','))
+                e.CoinTypes << type.toInt();
+            if (row.Years == u"years_filter=[2019]")
+                e.YearLow = e.YearHigh = 2019;
+            else if (row.Years.startsWith(u"years_range=[0,"))
+                std::tie(e.YearLow, e.YearHigh) = std::pair(1, row.Years.mid(15, 4).toInt());
+            AddRow(RowName(row).constData(), int(row.Mode), int(row.Tag), QString(), TSearchFilters(), c, e);
+        }
+        const TExpect none{.MinCount = 0, .MaxCount = 0};
+        AddRow("unknown tag: bare request, empty reply", 6, 16, QString(), TSearchFilters(), c, none);
+        const auto typed = [](const QString& keywords) { return TSearchFilters{.Keywords = keywords}; };
+        AddRow("phrase", 0, -1, QString(), typed("\"Maple leaf\""), c, TExpect{.NameHas = "Maple Leaf"});
+        AddRow("phrase out of order finds nothing", 0, -1, QString(), typed("\"leaf maple\""), c, none);
+        AddRow("slash in the keywords", 0, -1, QString(), typed("1/10 oz maple"), c,
+               TExpect{.NameHas = "1/10 oz"});
+        AddRow("non-ASCII letter", 0, -1, QString(), typed(QString::fromUtf8("Krügerrand")), c,
+               TExpect{.NameHas = "Krugerrand"});
+        AddRow("text from outside", 1, -1, QString("Krugerrands"), typed("ignored"), c,
+               TExpect{.NameHas = "Krugerrand"});
+        const TSearchFilters silverBars{
+            .Metals = "010000", .CoinTypes = "00011", .WeightFrom = 1000, .WeightUnit = cWeightUnitGrams};
+        AddRow("silver bars from 1000 g, upper bound 0", 0, -1, QString(), silverBars, c,
+               TExpect{.Metal = 1, .CoinTypes = {3, 4}, .GramsLow = 999.99});
+        AddRow("1/10 oz range", 0, -1, QString(), TSearchFilters{.WeightFrom = 0.1, .WeightTo = 0.1}, c,
+               TExpect{.GramsLow = 0.095 * TroyOunceGrams, .GramsHigh = 0.105 * TroyOunceGrams});
+        const TSearchFilters kilo{
+            .Keywords = "bar", .WeightFrom = 1000, .WeightTo = 1000, .WeightUnit = cWeightUnitGrams};
+        const TExpect oneKilo{.GramsLow = 999.99, .GramsHigh = 1000.01};
+        AddRow("German decimal comma", 0, -1, QString(), kilo, QLocale(QLocale::German), oneKilo);
+        AddRow("Arabic decimal separator", 0, -1, QString(), kilo, QLocale(QLocale::Arabic, QLocale::Egypt),
+               oneKilo);
+        AddRow("gold from 2000, upper bound 0", 0, -1, QString(),
+               TSearchFilters{.Metals = "100000", .YearFrom = 2000}, c, TExpect{.Metal = 0, .YearLow = 2000});
+        AddRow("up to 1933", 0, -1, QString(), TSearchFilters{.YearTo = 1933}, c,
+               TExpect{.YearLow = 1, .YearHigh = 1933});
+        AddRow("palladium Eagle of the US Mint", 0, -1, QString(),
+               TSearchFilters{.Keywords = "Eagle", .Metals = "000100", .CoinTypes = "10000", .MintID = 32}, c,
+               TExpect{.Metal = 3, .CoinTypes = {0}, .NameHas = "Eagle"});
     }
-    void typedAndTextSearches()
+    void searches()
     {
         QFETCH(int, mode);
-        QFETCH(QString, searchText);
+        QFETCH(int, tag);
+        QFETCH(QString, text);
         QFETCH(TSearchFilters, filters);
         QFETCH(QLocale, locale);
         QFETCH(TExpect, expect);
         const QLocale saved;
         QLocale::setDefault(locale);
-        const QString query = SearchQuery(quint8(mode), -1, searchText, filters);
+        const QString query = SearchQuery(quint8(mode), tag, text, filters);
         QLocale::setDefault(saved);
         QString target;
         const auto assets = Search(SearchURL(query), &target);
-        QVERIFY2(assets, qPrintable(query));
+        QVERIFY2(assets, qPrintable(query)); // a reply arrived, also when it holds nothing
+
+        // The server read the query as it was formed: raw blanks and quotes travelled
+        // percent-encoded and decode to the same text.
+        QVERIFY2(!target.contains(' ') && !target.contains('"'), qPrintable(target));
         QCOMPARE(QUrl::fromPercentEncoding(target.toUtf8()),
                  QUrl::fromPercentEncoding(("/orv/search.php?action=search-coins&" + query).toUtf8()));
         CheckResults(*assets, expect);
+        for (const auto& asset : *assets) {
+            const TCoverPicture* thumbnail = asset->PictureOfKind(TCoverPicture::kThumbnail);
+            QVERIFY2(thumbnail && thumbnail->URL.startsWith(m_server.BaseUrl() + "/orv/Images_Thumbs/"),
+                     qPrintable(asset->Name));
+        }
     }
 
-    void unknownTagSendsTheBareRequest()
-    {
-        const QString query = SearchQuery(smOtherMetals, 16, QString(), TSearchFilters());
-        QVERIFY(query.isEmpty());
-        QString target;
-        const auto assets = Search(SearchURL(query), &target);
-        // A reply arrives, and it holds nothing: no failure.
-        QVERIFY(assets);
-        QVERIFY(assets->empty());
-        QCOMPARE(target, QString("/orv/search.php?action=search-coins&"));
-    }
-
-    void largePicturesComeAsServed()
+    void picturesComeAsServed()
     {
         auto assets = Search(SearchURL(SearchQuery(smGoldCoins, 1, QString(), TSearchFilters())));
         QVERIFY(assets && assets->size() >= 2);
         TMetalAsset& first = *assets->at(0);
         TMetalAsset& second = *assets->at(1);
-        int large = 0;
-        for (const auto& picture : first.Pictures)
-            large += picture->Kind != TCoverPicture::kThumbnail ? 1 : 0;
-        QVERIFY(large >= 2);
-        // A picture the store does not have stays empty and is asked for again.
+        const int pictures = int(first.Pictures.size());
+        QVERIFY(pictures >= 3);
+        // A picture the store does not have stays empty, and is asked for again; one without a URL
+        // is never asked for.
         TCoverPicture* reverse = second.PictureOfKind(TCoverPicture::kReverse);
         QVERIFY(reverse);
         reverse->URL = m_server.BaseUrl() + "/orv/Images_Large/no-such-picture.jpg";
+        second.AddPicture(TCoverPicture::kOther, QString());
+        // A card showing the same picture as another shares its transfer.
+        TMetalAsset twin;
+        twin.AddPicture(TCoverPicture::kObverse, first.PictureOfKind(TCoverPicture::kObverse)->URL);
 
         TSearchWindow window;
         TDownloadQueue queue;
         queue.MaxThreads = 5;
-        QCOMPARE(RequestPictures(first, queue, LargePictureKinds(), &window, cMsgLargePicture, false), large);
+        QSet<quint8> everyKind = LargePictureKinds();
+        everyKind.insert(TCoverPicture::kThumbnail);
+        QCOMPARE(RequestPictures(first, queue, everyKind, &window, cMsgLargePicture, false), pictures);
+        QCOMPARE(RequestPictures(twin, queue, everyKind, &window, cMsgLargePicture, false), 1);
         const int secondCount =
-            RequestPictures(second, queue, LargePictureKinds(), &window, cMsgLargePicture, true);
-        queue.WaitFor();
-        QCoreApplication::sendPostedEvents();
-        QCOMPARE(window.Filled.size(), large + secondCount - 1);
-        QCOMPARE(window.Filled.count(&first), large);
-
-        for (const auto& picture : first.Pictures) {
-            if (picture->Kind == TCoverPicture::kThumbnail) {
-                QVERIFY(picture->IsEmpty()); // not asked for
-                continue;
-            }
-            QVERIFY2(!picture->IsEmpty(), qPrintable(picture->URL));
-            // The bytes are those the store serves, and they show what was decoded.
-            const TReply served = HttpGet(m_manager, QUrl(picture->URL));
-            QCOMPARE(served.Status, 200);
-            QCOMPARE(picture->Data, served.Body);
-            QCOMPARE(picture->Image(), QImage::fromData(served.Body));
-        }
-        QVERIFY(reverse->IsEmpty());
-
-        // Looking again asks only for what is still missing.
-        QCOMPARE(RequestPictures(first, queue, LargePictureKinds(), &window, cMsgLargePicture, false), 0);
-        QCOMPARE(RequestPictures(second, queue, LargePictureKinds(), &window, cMsgLargePicture, false), 1);
-        QVERIFY(!window.Filled.contains(nullptr));
-    }
-
-    void thumbnailsComeFromTheirStore()
-    {
-        auto assets = Search(SearchURL(SearchQuery(smSilverBars, 2, QString(), TSearchFilters())));
-        QVERIFY(assets && !assets->empty());
-        TSearchWindow window;
-        TDownloadQueue queue;
-        queue.MaxThreads = 5;
-        int queued = 0;
-        for (const auto& asset : *assets)
-            queued +=
-                RequestPictures(*asset, queue, {TCoverPicture::kThumbnail}, &window, cMsgLargePicture, false);
-        QCOMPARE(queued, int(assets->size()));
+            RequestPictures(second, queue, LargePictureKinds(), &window, cMsgLargePicture, false);
+        QCOMPARE(secondCount,
+                 int(second.Pictures.size()) - 2); // neither the thumbnail nor the one without URL
+        QCOMPARE(queue.Count(), pictures + secondCount);
+        QCOMPARE(queue.RunningThreads(), 0);
         queue.Start();
         queue.WaitFor();
         QCoreApplication::sendPostedEvents();
-        for (const auto& asset : *assets) {
-            const TCoverPicture* thumbnail = asset->PictureOfKind(TCoverPicture::kThumbnail);
-            const TCoverPicture* obverse = asset->PictureOfKind(TCoverPicture::kObverse);
-            QVERIFY(!thumbnail->IsEmpty());
-            QVERIFY(!thumbnail->Image().isNull());
-            QVERIFY(obverse->IsEmpty()); // the same name on the large store was not asked for
+        QCOMPARE(window.Filled.count(&first), pictures);
+        QCOMPARE(window.Filled.count(&second), secondCount - 1);
+        QCOMPARE(twin.PictureOfKind(TCoverPicture::kObverse)->Data,
+                 first.PictureOfKind(TCoverPicture::kObverse)->Data);
+        QVERIFY(reverse->IsEmpty());
+        QVERIFY(second.PictureOfKind(TCoverPicture::kThumbnail)->IsEmpty()); // not asked for
+
+        // The bytes are those the store serves, thumbnail and large pictures alike.
+        for (const auto& picture : first.Pictures) {
+            const TReply served = HttpGet(m_manager, QUrl(picture->URL));
+            QCOMPARE(served.Status, 200);
+            QCOMPARE(picture->Data, served.Body);
+            QVERIFY(!picture->Image().isNull());
         }
+        // Looking again asks only for what is still missing.
+        QCOMPARE(RequestPictures(first, queue, everyKind, &window, cMsgLargePicture, false), 0);
+        QCOMPARE(RequestPictures(second, queue, LargePictureKinds(), &window, cMsgLargePicture, false), 1);
     }
 };
 
