@@ -11,6 +11,7 @@ constexpr qsizetype MaxKeywordLength = 500;
 constexpr qsizetype MaxListLength = 100;
 constexpr int MaxYear = 9999;
 constexpr double MaxWeight = 1.0e7; // grams or ounces: far above any product
+constexpr QChar ArabicDecimalSeparator = u'\u066B';
 
 [[noreturn]] void Fail(const QString& message)
 {
@@ -48,7 +49,9 @@ int ToInt(const QString& key, const QString& text, int min, int max)
 double ToDouble(const QString& key, const QString& text)
 {
     static const QRegularExpression form(u"^[0-9]{1,9}([.][0-9]{1,6})?$"_s);
-    const QString trimmed = text.trimmed();
+    // The client writes the decimal separator of its locale: '.', ',' (see WeightRange) or the
+    // Arabic decimal separator.
+    const QString trimmed = text.trimmed().replace(ArabicDecimalSeparator, u'.');
     if (!form.match(trimmed).hasMatch())
         Fail(u"%1: %2 is no weight"_s.arg(key, trimmed.left(40)));
     const double value = trimmed.toDouble();

@@ -47,6 +47,19 @@ void TTextDownloader::CallOnText(const QStringList& list)
 
 // ---- TPictureDownloader ----------------------------------------------------------------------------
 
+namespace {
+
+// Receivers that ask a picture result for a QImage get the image part.
+const bool DownloadedImageConverter = QMetaType::registerConverter<TDownloadedImage, QImage>(
+    [](const TDownloadedImage& result) { return result.Image; });
+
+} // namespace
+
+TPictureDownloader::TPictureDownloader()
+{
+    Q_UNUSED(DownloadedImageConverter);
+}
+
 void TPictureDownloader::DoTheWork()
 {
     DownloadImage(URL);
@@ -74,7 +87,7 @@ QImage TPictureDownloader::DownloadImage(const QString& url)
     QImage image;
     if (!image.loadFromData(stream.data()))
         return {};
-    Notify(QVariant(image));
+    Notify(QVariant::fromValue(TDownloadedImage{image, stream.data()}));
     return image;
 }
 

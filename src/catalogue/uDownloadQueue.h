@@ -37,13 +37,22 @@ protected:
     void CallOnText(const QStringList& list);
 };
 
-// Fetches URL as an image; posts a QImage per subscriber.
+// The result of a picture download: the image, decoded on the worker, and the bytes it was decoded
+// from, so that a receiver can keep the picture exactly as the server sent it. A QVariant holding
+// one also converts to its QImage (value<QImage>()).
+struct TDownloadedImage
+{
+    QImage Image;
+    QByteArray Encoded;
+};
+
+// Fetches URL as an image; posts a TDownloadedImage per subscriber.
 class TPictureDownloader : public TCustomDownloader
 {
     Q_OBJECT
 
 public:
-    TPictureDownloader() = default;
+    TPictureDownloader();
 
 protected:
     void DoTheWork() override;
