@@ -10,6 +10,7 @@
 #include "uRatingEditorItem.h"
 #include "uTextEditorItems.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -162,14 +163,17 @@ void TestPropertyGrid::refusedEditKeepsValue_data()
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("source"); // "", "refuse", "throw"
     QTest::addColumn<QString>("message");
-    QTest::newRow("unit letters alone")
-        << u"rowWeight"_s << u"mm"_s << QString() << u"'mm' is not a valid number."_s;
+    QTest::addColumn<bool>("byClick"); // the editor is left by a click on another row
+    const QString notNumber = u"'mm' is not a valid number."_s;
+    QTest::newRow("unit letters alone") << u"rowWeight"_s << u"mm"_s << QString() << notNumber << false;
+    QTest::newRow("unit letters alone, left by a click")
+        << u"rowWeight"_s << u"mm"_s << QString() << notNumber << true;
     QTest::newRow("decimals in a whole number")
-        << u"rowQty"_s << u"2.5"_s << QString() << u"'2.5' is not a valid whole number."_s;
+        << u"rowQty"_s << u"2.5"_s << QString() << u"'2.5' is not a valid whole number."_s << false;
     QTest::newRow("source refuses") << u"rowName"_s << u"Eagle"_s << u"refuse"_s
-                                    << u"The value was not accepted."_s;
-    QTest::newRow("source throws") << u"rowName"_s << u"Eagle"_s << u"throw"_s
-                                   << u"Field 'Name' is read-only"_s;
+                                    << u"The value was not accepted."_s << false;
+    QTest::newRow("source throws, left by a click")
+        << u"rowName"_s << u"Eagle"_s << u"throw"_s << u"Field 'Name' is read-only"_s << true;
 }
 
 void TestPropertyGrid::refusedEditKeepsValue()
@@ -178,8 +182,10 @@ void TestPropertyGrid::refusedEditKeepsValue()
     QFETCH(QString, typed);
     QFETCH(QString, source);
     QFETCH(QString, message);
+    QFETCH(bool, byClick);
     TEditorErrorRecorder errors;
     TGridFixture f;
+    QApplication::setActiveWindow(&f.window);
     f.model.Refuse = source == u"refuse"_s;
     if (source == u"throw"_s)
         f.model.ThrowText = message;
@@ -190,7 +196,16 @@ void TestPropertyGrid::refusedEditKeepsValue()
     QLineEdit* line = f.openLine();
     QVERIFY(line);
     line->setText(typed);
-    QVERIFY(!f.grid->finishEditing());
+    if (byClick) {
+        QVERIFY(QTest::qWaitForWindowActive(&f.window));
+        line->setFocus();
+        const QRect other = f.grid->visualRect(f.grid->propertyModel()->indexOf(
+            f.grid->propertyModel()->node(u"rowQty"_s == row ? u"rowName"_s : u"rowQty"_s), 0));
+        QTest::mouseClick(f.grid->viewport(), Qt::LeftButton, {}, other.center());
+        QTRY_VERIFY(f.openEditor() == nullptr || f.grid->currentRowName() != row);
+    } else {
+        QVERIFY(!f.grid->finishEditing());
+    }
     QCOMPARE(f.grid->rowValue(row), before);
     QCOMPARE(written.count(), 0);
     QCOMPARE(failed.count(), 1);
