@@ -151,8 +151,12 @@ TRibbonButton* TRibbonPage::ensureCollapsedButton(Slot& slot)
         // An arrow without a menu: the button shows the popup itself.
         slot.collapsedButton->setShowsArrow(true);
     }
-    slot.collapsedAction->setText(slot.group->caption());
-    slot.collapsedAction->setIcon(slot.group->icon());
+    // Only real changes: every change of the action asks the page for another layout.
+    if (slot.collapsedAction->text() != slot.group->caption())
+        slot.collapsedAction->setText(slot.group->caption());
+    const QIcon icon = slot.group->icon();
+    if (slot.collapsedAction->icon().cacheKey() != icon.cacheKey())
+        slot.collapsedAction->setIcon(icon);
     return slot.collapsedButton;
 }
 

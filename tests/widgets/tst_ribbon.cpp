@@ -85,6 +85,7 @@ private slots:
     void pageCollapsesFromTheEnd_data();
     void pageCollapsesFromTheEnd();
     void collapsedGroupOpensInPopup();
+    void idleNarrowPageStaysStill();
     void tabsAndMinimizing();
     void titleFollowsDocument();
 };
@@ -442,6 +443,35 @@ void TestRibbon::collapsedGroupOpensInPopup()
     settle(&f.window);
     QVERIFY(!stand->isVisible());
     QVERIFY(!f.page->isGroupVisible(u"BarActions"_s));
+}
+
+// A page with collapsed groups that nobody touches must not lay itself out again and again.
+void TestRibbon::idleNarrowPageStaysStill()
+{
+    TRibbonFixture f;
+    QIcon icon(QPixmap(16, 16));
+    for (const QString& name : {u"BarView"_s, u"BarSorting"_s})
+        f.page->addGroup(name, name)->addButton(f.action(name))->setIcon(icon);
+    f.group->addButton(f.action(u"Add"_s))->setIcon(icon);
+    f.page->resize(60, f.page->height());
+    settle(&f.window);
+    QTest::qWait(20);
+    struct TCounter : QObject
+    {
+        int requests = 0;
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            if (event->type() == QEvent::LayoutRequest)
+                ++requests;
+            return false;
+        }
+    } counter;
+    f.page->installEventFilter(&counter);
+    for (TRibbonGroup* group : f.page->groups())
+        group->installEventFilter(&counter);
+    QTest::qWait(100);
+    QVERIFY(f.page->isCollapsed(f.group));
+    QCOMPARE(counter.requests, 0);
 }
 
 void TestRibbon::tabsAndMinimizing()
