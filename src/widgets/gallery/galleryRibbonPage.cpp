@@ -162,8 +162,8 @@ private:
         act(u"actFindDuplicates"_s, u"Find duplicates"_s, u"="_s, 160);
         act(u"actDBProperties"_s, u"Database properties"_s, u"i"_s, 200);
         act(u"actPrintPreview"_s, u"Print preview"_s, u"◫"_s, 250);
-        act(u"actPrint"_s, u"Print"_s, u"⎙"_s, 250, QKeySequence(Qt::CTRL | Qt::Key_P));
-        act(u"actPrintQuick"_s, u"Quick print"_s, u"⎙"_s, 260);
+        act(u"actPrint"_s, u"Print"_s, u"P"_s, 250, QKeySequence(Qt::CTRL | Qt::Key_P));
+        act(u"actPrintQuick"_s, u"Quick print"_s, u"Q"_s, 260);
         for (const QString& format : {u"HTML"_s, u"CSV"_s, u"Excel"_s, u"PDF"_s, u"Text"_s, u"XML"_s})
             act(u"actExport"_s + format, format, format.left(1), 100 + int(format.size()) * 20);
         act(u"actOptions"_s, u"Options"_s, u"⚙"_s, 0);
