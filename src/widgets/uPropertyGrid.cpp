@@ -11,7 +11,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
-#include <QScrollBar>
 #include <QStyledItemDelegate>
 
 using Node = TPropertyGridModel::Node;

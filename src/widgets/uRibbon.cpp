@@ -258,7 +258,6 @@ QString TRibbon::applicationButtonText() const
 
 void TRibbon::setApplicationButtonText(const QString& text)
 {
-    m_applicationButtonText = text;
     m_applicationButton->setText(text.isEmpty() ? WidgetTexts().applicationButton : text);
     m_applicationButton->updateGeometry();
 }

@@ -106,7 +106,6 @@ private:
     QPointer<TBackstageView> m_backstage;
     QString m_documentName;
     QString m_applicationName;
-    QString m_applicationButtonText;
     bool m_updatesWindowTitle = true;
     TRibbonStyle m_style = TRibbonStyle::Office2016;
     bool m_coloredTabRow = false;
