@@ -242,32 +242,49 @@ private slots:
         QCOMPARE(otherStore.Cookies().size(), 0);
     }
 
+    // Failures of the client raise, and so do replies that cannot be decoded or do not end.
     void clientErrorsRaise_data()
     {
         QTest::addColumn<QString>("url");
         QTest::addColumn<int>("timeout");
-        AddRow("connection refused", QString("http://127.0.0.1:%1/ok").arg(FreeLocalPort()), 20000);
-        AddRow("inactivity time-out", QString("stall"), 400);
-        AddRow("TLS to a plain server", QString("tls-to-plain"), 20000);
-        AddRow("unknown host", QString("http://no-such-host.invalid/"), 20000);
+        QTest::addColumn<int>("deadline");
+        QTest::addColumn<qint64>("maxSize");
+        const qint64 cap = TSBB_Downloader::cDefaultMaxReplySize;
+        AddRow("connection refused", QString("http://127.0.0.1:%1/ok").arg(FreeLocalPort()), 20000, 60000,
+               cap);
+        AddRow("inactivity time-out", QString("/stall"), 400, 60000, cap);
+        AddRow("TLS to a plain server", QString("tls-to-plain"), 20000, 60000, cap);
+        AddRow("unknown host", QString("http://no-such-host.invalid/"), 20000, 60000, cap);
+        AddRow("damaged gzip", QString("/gzip/damaged"), 20000, 60000, cap);
+        AddRow("junk said to be gzip", QString("/gzip/junk"), 20000, 60000, cap);
+        AddRow("gzip bomb", QString("/gzip/bomb"), 20000, 60000, cap);
+        AddRow("endless body cut at the cap", QString("/endless"), 20000, 60000, qint64(1) << 20);
+        AddRow("dripping body ends at the deadline", QString("/slow"), 20000, 700, cap);
     }
     void clientErrorsRaise()
     {
         QFETCH(QString, url);
         QFETCH(int, timeout);
-        if (url == "stall")
-            url = m_http->URL("/stall");
-        else if (url == "tls-to-plain")
+        QFETCH(int, deadline);
+        QFETCH(qint64, maxSize);
+        if (url == "tls-to-plain")
             url = QString("https://127.0.0.1:%1/ok").arg(m_http->Port());
+        else if (url.startsWith('/'))
+            url = m_http->URL(url);
         TSBB_Downloader downloader;
         downloader.SetTransferTimeout(timeout);
-        int errors = 0;
-        downloader.OnError = [&errors](TDownloader*, qint32, qint32, const QString&) { ++errors; };
+        downloader.SetTransferDeadline(deadline);
+        downloader.SetMaxReplySize(maxSize);
+        int calls = 0;
+        downloader.OnError = [&calls](TDownloader*, qint32, qint32, const QString&) { ++calls; };
+        downloader.SetOnDone([&calls](TDownloader*, const QString&, qint32, QIODevice*) { ++calls; });
         downloader.SetURL(url);
-        QStringList list;
-        QVERIFY_THROWS_EXCEPTION(EDownloadError, downloader.DownloadToStrings(list));
+        QBuffer body;
+        body.open(QIODevice::ReadWrite);
+        QVERIFY_THROWS_EXCEPTION(EDownloadError, downloader.DownloadToStream(&body));
         QVERIFY(!downloader.IsBusy());
-        QCOMPARE(errors, 0);
+        QCOMPARE(calls, 0);
+        QVERIFY(body.size() <= maxSize);
     }
 
     void abortFromAnotherThread()
