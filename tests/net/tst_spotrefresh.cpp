@@ -131,6 +131,10 @@ private slots:
         // Deciphers, but is no JSON: the list was cleared before the parse.
         AddRow("not JSON", 200, ProgramBody("<html>maintenance</html>"), QList<int>{}, QList<double>{}, 0);
         AddRow("truncated JSON", 200, CommandLineBody("[" + gold), QList<int>{}, QList<double>{}, 0);
+        AddRow("blanks and line breaks", 200, ProgramBody(" \r\n \n"), QList<int>{}, QList<double>{}, 0);
+        AddRow("price NaN", 200, ProgramBody(R"([{"BaseCurrency":"XAU","Price":"NaN"}])"), QList<int>{},
+               QList<double>{}, 0);
+        AddRow("empty text", 200, ProgramBody(""), QList<int>{}, QList<double>{}, 1);
     }
     void reply()
     {
