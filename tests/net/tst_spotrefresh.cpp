@@ -117,20 +117,13 @@ private slots:
         const QByteArray silver = Element("XAG", 24.25, "d", -0.5);
         AddRow("only gold and silver, command line", 200, CommandLineBody("[" + gold + "," + silver + "]"),
                QList<int>{0, 1}, QList<double>{2000.5, 24.25}, 1);
-        AddRow("lower-case code skipped", 200,
-               CommandLineBody("[" + Element("xau", 5.0) + "," + Element("XPT", 950.0) + "]"), QList<int>{2},
-               QList<double>{950.0}, 1);
         AddRow("root object", 200, ProgramBody(gold), QList<int>{}, QList<double>{}, 1);
         // Failures in the transfer or the cipher: the earlier entry stays.
         AddRow("empty body", 200, QByteArray(), QList<int>{3}, QList<double>{1000.0}, 0);
-        AddRow("clear JSON, not enciphered", 200, "[" + gold + "]", QList<int>{3}, QList<double>{1000.0}, 0);
         AddRow("status 500", 500, ProgramBody("[" + gold + "]"), QList<int>{3}, QList<double>{1000.0}, 0);
         // Deciphers, but is no JSON: the list was cleared before the parse.
         AddRow("not JSON", 200, ProgramBody("<html>maintenance</html>"), QList<int>{}, QList<double>{}, 0);
-        AddRow("truncated JSON", 200, CommandLineBody("[" + gold), QList<int>{}, QList<double>{}, 0);
         AddRow("blanks and line breaks", 200, ProgramBody(" \r\n \n"), QList<int>{}, QList<double>{}, 0);
-        AddRow("price NaN", 200, ProgramBody(R"([{"BaseCurrency":"XAU","Price":"NaN"}])"), QList<int>{},
-               QList<double>{}, 0);
         AddRow("empty text", 200, ProgramBody(""), QList<int>{}, QList<double>{}, 1);
     }
     void reply()
