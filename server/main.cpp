@@ -63,7 +63,11 @@ int Run(QCoreApplication& app)
     const QCommandLineOption keyOption(u"key"_s, u"Private key of --cert (PEM, not enciphered)."_s,
                                        u"file"_s);
     const QCommandLineOption httpOption(u"http"_s, u"Plain HTTP instead of HTTPS (for tests)."_s);
-    parser.addOptions({portOption, listenOption, dataOption, certOption, keyOption, httpOption});
+    const QCommandLineOption idleOption(
+        u"idle-timeout"_s,
+        u"Seconds after which a connection without a complete request is closed (default 30)."_s,
+        u"seconds"_s, u"30"_s);
+    parser.addOptions({portOption, listenOption, dataOption, certOption, keyOption, httpOption, idleOption});
     parser.process(app);
 
     TCatalogueServerOptions options;
@@ -79,6 +83,10 @@ int Run(QCoreApplication& app)
     if (options.Address.isNull())
         throw std::runtime_error("--listen needs an IP address");
     options.PlainHttp = parser.isSet(httpOption);
+    const uint idleSeconds = parser.value(idleOption).toUInt(&ok);
+    if (!ok || idleSeconds < 1 || idleSeconds > 3600)
+        throw std::runtime_error("--idle-timeout needs a number of seconds from 1 to 3600");
+    options.Limits.IdleTimeoutMs = static_cast<int>(idleSeconds * 1000);
     options.CertificateFile = parser.value(certOption);
     options.KeyFile = parser.value(keyOption);
     if (options.CertificateFile.isEmpty() != options.KeyFile.isEmpty())

@@ -15,6 +15,7 @@
 #include <QRegularExpression>
 #include <QSslCertificate>
 #include <QSslKey>
+#include <QTcpSocket>
 #include <QUrl>
 
 #include <cstdio>
@@ -85,7 +86,7 @@ QHttpServerResponse TCatalogueServer::Guarded(const QHttpServerRequest& request,
     }
 }
 
-void TCatalogueServer::SetUpTls()
+QSslConfiguration TCatalogueServer::TlsConfiguration() const
 {
     TCertificatePem pem;
     if (m_options.CertificateFile.isEmpty()) {
@@ -102,18 +103,38 @@ void TCatalogueServer::SetUpTls()
         key = QSslKey(pem.PrivateKey, QSsl::Rsa, QSsl::Pem);
     if (key.isNull())
         throw ECertificateError(u"The server key cannot be read (RSA or EC in PEM form, not enciphered)"_s);
-    m_server.sslSetup(certificate, key);
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.setLocalCertificate(certificate);
+    configuration.setPrivateKey(key);
+    configuration.setProtocol(QSsl::SecureProtocols);
+    return configuration;
 }
 
 quint16 TCatalogueServer::Listen()
 {
-    if (!m_options.PlainHttp)
-        SetUpTls();
-    const quint16 port = m_server.listen(m_options.Address, m_options.Port);
-    if (port == 0)
-        throw std::runtime_error(u"Cannot listen on %1 port %2"_s.arg(m_options.Address.toString())
+    // Requests the server answers itself (over a limit, idle) go to the access log as "- -".
+    const TGuardLog log = [](const QTcpSocket& socket, int status, qint64 bytes) {
+        const QByteArray line = QDateTime::currentDateTimeUtc().toString(Qt::ISODate).toUtf8() + ' ' +
+                                socket.peerAddress().toString().toUtf8() + " \"- -\" " +
+                                QByteArray::number(status) + ' ' + QByteArray::number(bytes) + " \"\"\n";
+        std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stdout);
+        std::fflush(stdout);
+    };
+    std::unique_ptr<QTcpServer> listener;
+    if (m_options.PlainHttp) {
+        listener = std::make_unique<TGuardedTcpServer>(m_options.Limits, log);
+    } else {
+        auto secure = std::make_unique<TGuardedSslServer>(m_options.Limits, log);
+        secure->setSslConfiguration(TlsConfiguration());
+        listener = std::move(secure);
+    }
+    if (!listener->listen(m_options.Address, m_options.Port))
+        throw std::runtime_error(u"Cannot listen on %1 port %2: %3"_s.arg(m_options.Address.toString())
                                      .arg(m_options.Port)
+                                     .arg(listener->errorString())
                                      .toStdString());
+    const quint16 port = listener->serverPort();
+    m_server.bind(listener.release()); // the HTTP server owns it from here
     return port;
 }
 

@@ -4,11 +4,13 @@
 // stores, over HTTPS (or plain HTTP for tests) on Qt HttpServer.
 
 #include "uCatalogueSearch.h"
+#include "uRequestGuard.h"
 #include "uServerSpotPrices.h"
 
 #include <QHostAddress>
 #include <QHttpServer>
 #include <QObject>
+#include <QSslConfiguration>
 
 #include <functional>
 #include <memory>
@@ -21,6 +23,7 @@ struct TCatalogueServerOptions
     bool PlainHttp = false;
     QString CertificateFile; // empty: the self-signed one of the data folder
     QString KeyFile;
+    TRequestLimits Limits;
 };
 
 class TCatalogueServer : public QObject
@@ -44,7 +47,7 @@ private:
                                 const QHttpServerRequest& request);
     QHttpServerResponse Enciphered(const QJsonArray& reply) const;
     QHttpServerResponse NotFound() const;
-    void SetUpTls();
+    QSslConfiguration TlsConfiguration() const;
     static QHttpServerResponse Guarded(const QHttpServerRequest& request,
                                        const std::function<QHttpServerResponse()>& handler);
     static void Log(const QHttpServerRequest& request, int status, qint64 bytes);

@@ -12,6 +12,10 @@
 #include <QScopeGuard>
 #include <QSslConfiguration>
 #include <QSslError>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
@@ -20,7 +24,7 @@ namespace {
 const auto cDefaultPostContentType = "application/x-www-form-urlencoded"_ba;
 
 // Errors after which the reply still carries a final HTTP status that is the transfer's result.
-bool IsHttpOutcome(QNetworkReply::NetworkError error)
+bool IsHttpOutcome(QNetworkReply::NetworkError error, int status)
 {
     switch (error) {
     case QNetworkReply::NoError:
@@ -29,9 +33,13 @@ bool IsHttpOutcome(QNetworkReply::NetworkError error)
     case QNetworkReply::ProxyAuthenticationRequiredError:
         return true;
     default:
-        // Content (201-299) and server (401-499) errors are answers of the server.
-        return (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
-               (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
+        // Content (201-299) and server (401-499) errors stand for an error status of the server.
+        // With any other status they are the client's own: a body that cannot be decompressed
+        // comes as UnknownContentError on a 200.
+        return status >= 400 &&
+               ((error >= QNetworkReply::ContentAccessDenied &&
+                 error <= QNetworkReply::UnknownContentError) ||
+                (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError));
     }
 }
 
@@ -96,15 +104,26 @@ QNetworkRequest TSBB_Downloader::MakeRequest(const QUrl& url) const
     return request;
 }
 
-bool TSBB_Downloader::RunReply(QNetworkReply* reply, QIODevice& sink, bool followRedirect, qint64& size)
+bool TSBB_Downloader::RunReply(QNetworkReply* reply, QIODevice& sink, bool followRedirect, qint64& size,
+                               const QDeadlineTimer& deadline)
 {
     bool writeFailed = false;
+    bool tooLarge = false;
+    qint64 received = 0;
     QObject::connect(reply, &QNetworkReply::sslErrors, reply,
                      [reply](const QList<QSslError>&) { reply->ignoreSslErrors(); });
-    auto drain = [reply, &sink, &size, &writeFailed, followRedirect] {
+    auto drain = [&, reply, followRedirect] {
         const QByteArray chunk = reply->readAll();
+        if (chunk.isEmpty() || writeFailed || tooLarge)
+            return;
+        received += chunk.size();
+        if (received > m_maxReplySize) {
+            tooLarge = true;
+            reply->abort();
+            return;
+        }
         // The body of a redirection that is followed is not part of the result.
-        if (chunk.isEmpty() || writeFailed || (followRedirect && IsRedirect(reply)))
+        if (followRedirect && IsRedirect(reply))
             return;
         if (sink.write(chunk) != chunk.size()) {
             writeFailed = true;
@@ -117,6 +136,14 @@ bool TSBB_Downloader::RunReply(QNetworkReply* reply, QIODevice& sink, bool follo
 
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    // The deadline of the whole transfer; the inactivity time-out of the request works beside it.
+    bool late = false;
+    QTimer clock;
+    clock.setSingleShot(true);
+    QObject::connect(&clock, &QTimer::timeout, reply, [&late, reply] {
+        late = true;
+        reply->abort();
+    });
     bool abortNow = false;
     {
         QMutexLocker lock(&m_abortLock);
@@ -130,12 +157,21 @@ bool TSBB_Downloader::RunReply(QNetworkReply* reply, QIODevice& sink, bool follo
     });
     if (abortNow)
         reply->abort();
-    if (!reply->isFinished())
+    if (!reply->isFinished()) {
+        clock.start(std::chrono::milliseconds(std::max<qint64>(0, deadline.remainingTime())));
         loop.exec(QEventLoop::ExcludeUserInputEvents);
+        clock.stop();
+    }
     if (reply->isOpen())
         drain();
     if (writeFailed)
         throw EDownloadError(sink.errorString(), QNetworkReply::UnknownContentError);
+    if (tooLarge)
+        throw EDownloadError(u"The reply is larger than %1 bytes"_s.arg(m_maxReplySize),
+                             QNetworkReply::UnknownContentError);
+    if (late)
+        throw EDownloadError(u"The transfer took longer than %1 ms"_s.arg(m_transferDeadline),
+                             QNetworkReply::TimeoutError);
     QMutexLocker lock(&m_abortLock);
     return m_abortRequested && reply->error() == QNetworkReply::OperationCanceledError;
 }
@@ -161,6 +197,7 @@ TSBB_Downloader::TResult TSBB_Downloader::Perform(QIODevice& sink, const TSend& 
             m_cookieStore->setParent(nullptr);
     });
 
+    const QDeadlineTimer deadline(m_transferDeadline);
     QUrl url(m_url);
     bool post = forcePost || !PostData.isEmpty();
     qint64 size = 0;
@@ -178,11 +215,11 @@ TSBB_Downloader::TResult TSBB_Downloader::Perform(QIODevice& sink, const TSend& 
         }
         const std::unique_ptr<QNetworkReply> reply(sent);
         const bool followRedirect = redirects < cMaxRedirects;
-        if (RunReply(reply.get(), sink, followRedirect, size))
+        if (RunReply(reply.get(), sink, followRedirect, size, deadline))
             return {};
 
         const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        if (!status.isValid() || !IsHttpOutcome(reply->error()))
+        if (!status.isValid() || !IsHttpOutcome(reply->error(), status.toInt()))
             throw EDownloadError(reply->errorString(), reply->error());
         if (followRedirect && IsRedirect(reply.get())) {
             url =

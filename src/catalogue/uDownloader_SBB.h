@@ -2,6 +2,7 @@
 
 #include "uDownloader.h"
 
+#include <QDeadlineTimer>
 #include <QMutex>
 #include <QNetworkCookie>
 #include <QNetworkCookieJar>
@@ -29,8 +30,12 @@ public:
 
 // The downloader over Qt Network. Everything of the client is fixed at construction: TLS with
 // certificates not validated, gzip, at most 10 redirections, HTTP/1.1, the user agent, the
-// inactivity time-out and the proxy. The network access manager is made on the thread of the
-// first transfer and lives there; a local event loop drives each transfer.
+// inactivity time-out, the size cap and deadline of a transfer, and the proxy. Each transfer makes
+// its own network access manager on the thread that runs it; a local event loop drives it.
+//
+// Limits: a reply body (after decoding gzip, redirections' bodies counted too) of more than
+// MaxReplySize() bytes, a transfer that is not over after TransferDeadline() ms in all, and a reply
+// that cannot be decoded (damaged gzip, a gzip bomb) end the transfer with EDownloadError.
 class TSBB_Downloader : public TDownloader
 {
 public:
@@ -57,6 +62,12 @@ public:
     // Inactivity time-out of a transfer in ms; 20000 unless changed (tests shorten it).
     int TransferTimeout() const { return m_transferTimeout; }
     void SetTransferTimeout(int ms) { m_transferTimeout = ms; }
+    // Time in ms that a whole transfer, redirections included, may take.
+    int TransferDeadline() const { return m_transferDeadline; }
+    void SetTransferDeadline(int ms) { m_transferDeadline = ms; }
+    // Bytes a reply body may have.
+    qint64 MaxReplySize() const { return m_maxReplySize; }
+    void SetMaxReplySize(qint64 bytes) { m_maxReplySize = bytes; }
     TProxySettings Proxy() const { return m_proxySettings; }
 
     // "Orvane [SBB]v<file version> x64"
@@ -66,6 +77,9 @@ public:
     static QNetworkProxy MakeProxy(const TProxySettings& settings);
     static constexpr quint16 cDefaultProxyPort = 3128;
     static constexpr int cDefaultTransferTimeout = 20000;
+    // A catalogue reply is some kilobytes, a large picture some megabytes.
+    static constexpr int cDefaultTransferDeadline = 60000;
+    static constexpr qint64 cDefaultMaxReplySize = 64 * 1024 * 1024;
     static constexpr int cMaxRedirects = 10;
 
 private:
@@ -81,9 +95,9 @@ private:
     // that is not empty, else a GET.
     TResult Perform(QIODevice& sink, const TSend& send = {}, bool forcePost = false);
     // Runs one reply to its end, writing its body to sink unless it is a redirection to follow.
-    // True when it was aborted.
-    bool RunReply(QNetworkReply* reply, QIODevice& sink, bool followRedirect, qint64& size);
-    QNetworkAccessManager& Manager();
+    // True when it was aborted; raises when the reply outgrows the size cap or the deadline passes.
+    bool RunReply(QNetworkReply* reply, QIODevice& sink, bool followRedirect, qint64& size,
+                  const QDeadlineTimer& deadline);
     QNetworkRequest MakeRequest(const QUrl& url) const;
     // Calls OnDone or OnError for a finished transfer.
     bool Report(const TResult& result, QIODevice* stream, const QString& errorText);
@@ -93,8 +107,9 @@ private:
     TDownloadDoneEvent m_onDone;
     TProxySettings m_proxySettings;
     int m_transferTimeout = cDefaultTransferTimeout;
+    int m_transferDeadline = cDefaultTransferDeadline;
+    qint64 m_maxReplySize = cDefaultMaxReplySize;
     QNetworkCookieJar* m_cookieStore = nullptr;
-    std::unique_ptr<QNetworkAccessManager> m_manager;
 
     std::atomic<bool> m_busy = false;
     // Guards the hand-over of a running reply to Abort.

@@ -58,8 +58,12 @@ template <typename LocaleOf> QString WeightText(double grams, LocaleOf localeOf)
     const double oz = GramsToOunces(grams);
     // Rounding to nearest with ties to even, the current rounding mode.
     const double wholeOz = std::nearbyint(oz);
-    if (Near(wholeOz, oz, 0.01))
-        return QString::number(qint64(wholeOz)) + u" oz"_s;
+    if (Near(wholeOz, oz, 0.01)) {
+        // Whole numbers beyond 64 bits are written from the double as they stand.
+        if (std::fabs(wholeOz) < 9.0e18)
+            return QString::number(qint64(wholeOz)) + u" oz"_s;
+        return QString::number(wholeOz, 'f', 0) + u" oz"_s;
+    }
 
     static const std::array<TFraction, 10> fractions = {{
         {TroyOunceGrams / 2, u"½ oz"},

@@ -178,6 +178,25 @@ void ReadEntry(TZTCustomSettings& store, const TEntry& entry)
         entry.target);
 }
 
+// Puts the entry's default into its variable.
+void ResetEntry(const TEntry& entry)
+{
+    std::visit(
+        [&](auto* target) {
+            using T = std::remove_pointer_t<decltype(target)>;
+            if constexpr (std::is_same_v<T, QString>) {
+                *target = entry.defaultValue.toString();
+            } else if constexpr (std::is_same_v<T, int>) {
+                *target = entry.defaultValue.toInt();
+            } else if constexpr (std::is_same_v<T, bool>) {
+                *target = entry.defaultValue.toBool();
+            } else {
+                *target = entry.defaultValue.toDouble();
+            }
+        },
+        entry.target);
+}
+
 void WriteEntry(TZTCustomSettings& store, const TEntry& entry)
 {
     std::visit(
@@ -329,7 +348,14 @@ void LoadSettings()
     TZTCustomSettings& store = SettingsStore();
     const TORVDicts dicts = DefaultDicts();
     for (const TEntry& entry : SettingsTable()) {
-        ReadEntry(store, entry);
+        try {
+            ReadEntry(store, entry);
+        } catch (const std::exception&) {
+            // A value stored in another form (a text where a number belongs, a number out of the
+            // 32-bit range, a float for an integer) reads as its default, so that a hand-edited
+            // store cannot stop the program from starting; the next save writes it soundly.
+            ResetEntry(entry);
+        }
         if (entry.name == cLanguageKey) {
             LoadNamedLanguage(g_languageName);
         }

@@ -129,8 +129,9 @@ void InitializeSettings();
 // Shutdown: SaveSettings(), then the store is freed.
 void FinalizeSettings();
 
-// Reads every key of the table into its variable (a missing value gives its default) and loads
-// the language named by Language, falling back to the built-in English.
+// Reads every key of the table into its variable (a missing value, or one that the getter refuses
+// for its stored form, gives its default) and loads the language named by Language, falling back
+// to the built-in English.
 void LoadSettings();
 // Writes every key but the read-only ones: Language (the current language) first, DBPath second,
 // then the table's order.

@@ -61,6 +61,37 @@ std::optional<qint32> toInteger(const QString& text)
     return value;
 }
 
+// Elements may nest this deep inside a <string>; deeper nesting makes the file malformed.
+constexpr int c_maxStringNesting = 32;
+
+// The text of the current element and of all elements inside it, read without recursion. An
+// element nested deeper than c_maxStringNesting raises an error on the reader.
+QString readStringText(QXmlStreamReader& xml)
+{
+    QString text;
+    int depth = 1;
+    while (depth > 0 && !xml.atEnd()) {
+        switch (xml.readNext()) {
+        case QXmlStreamReader::Characters:
+        case QXmlStreamReader::EntityReference:
+            text += xml.text();
+            break;
+        case QXmlStreamReader::StartElement:
+            if (++depth > c_maxStringNesting) {
+                xml.raiseError(u"Elements nested too deep in a string"_s);
+                return {};
+            }
+            break;
+        case QXmlStreamReader::EndElement:
+            --depth;
+            break;
+        default:
+            break;
+        }
+    }
+    return text;
+}
+
 // Parses a whole language document. Any well-formedness error, or a document without a
 // root element, gives nothing. Children of the root named "string" in any letter case
 // become table entries under their upper-cased "name" attribute; other children are skipped.
@@ -80,11 +111,13 @@ std::optional<TParsedLanguage> parseLanguage(const QByteArray& data, bool withSt
         }
         // Each child of the root is consumed whole, so every start element met here is a
         // direct child of the root.
-        if (withStrings && xml.name().compare(u"string", Qt::CaseInsensitive) == 0) {
+        if (xml.name().compare(u"string", Qt::CaseInsensitive) == 0) {
             const QString key = attributeValue(xml.attributes(), u"name", QString()).toUpper();
-            const QString text = xml.readElementText(QXmlStreamReader::IncludeChildElements);
+            const QString text = readStringText(xml);
             // A key given twice keeps the later text.
-            parsed.strings.insert(key, text);
+            if (withStrings) {
+                parsed.strings.insert(key, text);
+            }
         } else {
             xml.skipCurrentElement();
         }

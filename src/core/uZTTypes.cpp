@@ -6,9 +6,11 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QSet>
 #include <QStringDecoder>
 #include <QUrl>
 #include <QUuid>
+#include <QXmlStreamReader>
 
 #include <stdexcept>
 
@@ -421,11 +423,59 @@ QString GetXMLAttribute(const QDomNode& node, const QString& name, const QString
     return defaultValue;
 }
 
+namespace {
+
+// The element that follows element in document order, or a null element at the end.
+QDomElement NextInDocumentOrder(const QDomElement& element)
+{
+    const QDomElement child = element.firstChildElement();
+    if (!child.isNull()) {
+        return child;
+    }
+    for (QDomNode node = element; !node.isNull(); node = node.parentNode()) {
+        const QDomElement sibling = node.nextSiblingElement();
+        if (!sibling.isNull()) {
+            return sibling;
+        }
+    }
+    return {};
+}
+
+// The parser's node type keeps attributes in no order, so a name that a document gives twice in
+// different letter cases would be found by chance. Of each such group only the attribute that
+// comes first in the text is kept, read again in order with a stream reader.
+void KeepFirstOfRepeatedAttributes(QDomDocument& document, const QString& text)
+{
+    QXmlStreamReader reader(text);
+    reader.setNamespaceProcessing(false);
+    QDomElement element = document.documentElement();
+    while (!reader.atEnd() && !element.isNull()) {
+        if (reader.readNext() != QXmlStreamReader::StartElement) {
+            continue;
+        }
+        const QXmlStreamAttributes attributes = reader.attributes();
+        if (attributes.size() > 1) {
+            QSet<QString> seen;
+            for (const QXmlStreamAttribute& attribute : attributes) {
+                const QString name = attribute.qualifiedName().toString();
+                if (seen.contains(name.toCaseFolded())) {
+                    element.removeAttribute(name);
+                }
+                seen.insert(name.toCaseFolded());
+            }
+        }
+        element = NextInDocumentOrder(element);
+    }
+}
+
+} // namespace
+
 std::optional<QDomDocument> ParseXMLText(const QString& text)
 {
     QDomDocument document;
     if (!document.setContent(text) || document.documentElement().isNull()) {
         return std::nullopt;
     }
+    KeepFirstOfRepeatedAttributes(document, text);
     return document;
 }

@@ -14,7 +14,8 @@
 inline constexpr double TroyOunceGrams = 31.1035;
 
 // Metal codes as stored in the collection file and used by the catalogue and the spot list.
-enum TMetal : int {
+enum TMetal : int
+{
     mtGold = 0,
     mtSilver = 1,
     mtPlatinum = 2,
@@ -25,7 +26,8 @@ enum TMetal : int {
 inline constexpr int MetalCount = 6;
 
 // Item type codes, stored in the collection file.
-enum TCoinType : int {
+enum TCoinType : int
+{
     ctCoin = 0,
     ctRectCoin = 1,
     ctRound = 2,
@@ -81,7 +83,9 @@ QByteArray Base64Decode(const QString& text);
 QString FormatText(const QString& format, const QVariantList& args);
 
 // The value of the node's first attribute whose name matches without regard to case, or
-// defaultValue when there is none or its value is empty.
+// defaultValue when there is none or its value is empty. In a document from ParseXMLText that is
+// the first such attribute in document order.
 QString GetXMLAttribute(const QDomNode& node, const QString& name, const QString& defaultValue = {});
-// The parsed document; nothing when the text is not well-formed or has no root element.
+// The parsed document; nothing when the text is not well-formed or has no root element. Of
+// attributes of one element whose names differ only in letter case, the first one is kept.
 std::optional<QDomDocument> ParseXMLText(const QString& text);

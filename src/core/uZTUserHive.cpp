@@ -1,15 +1,15 @@
 #include "uZTUserHive.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
-#include <QElapsedTimer>
 #include <QLockFile>
-#include <QThread>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <cmath>
 #include <filesystem>
@@ -266,8 +266,11 @@ bool TZTUserHive::WriteValue(const QString& keyPath, const QString& valueName, c
     // file or the new one, never half of one. No sync to disk: a write must survive the process,
     // not a power cut, and a sync per value would make saving all settings take a second.
     const QString temporary = fileName + u".new"_s;
+    // A writer killed before its rename leaves the sibling behind; it is removed rather than
+    // opened, so that whatever is left there (a link included) is never written through.
+    QFile::remove(temporary);
     QFile file(temporary);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
         return false;
     }
     const QByteArray bytes = QJsonDocument(hive).toJson(QJsonDocument::Indented);
@@ -278,8 +281,8 @@ bool TZTUserHive::WriteValue(const QString& keyPath, const QString& valueName, c
         return false;
     }
     std::error_code error;
-    std::filesystem::rename(QFile::encodeName(temporary).toStdString(), QFile::encodeName(fileName).toStdString(),
-                            error);
+    std::filesystem::rename(QFile::encodeName(temporary).toStdString(),
+                            QFile::encodeName(fileName).toStdString(), error);
     if (error) {
         QFile::remove(temporary);
         return false;

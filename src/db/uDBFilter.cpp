@@ -4,6 +4,7 @@
 #include "uDBField.h"
 
 #include <QRegularExpression>
+#include <QSet>
 
 #include <optional>
 #include <vector>
@@ -65,10 +66,19 @@ struct Tok
     qsizetype pos = 0;
 };
 
+// Parentheses may nest this deep. The parser, the evaluation and the tree's destruction recurse once
+// per level, so the bound keeps them far from the end of any thread's stack; chains of AND, OR and
+// NOT are read without recursion and have no bound.
+constexpr int cMaxNesting = 200;
+// A filter quoted in an error message is cut to this many characters.
+constexpr qsizetype cMaxQuotedFilter = 200;
+
 [[noreturn]] void syntaxError(const QString& filter, qsizetype pos, const QString& what)
 {
+    const QString quoted =
+        filter.size() > cMaxQuotedFilter ? filter.left(cMaxQuotedFilter) + u"..."_s : filter;
     throw EDatabaseError(u"Filter expression error at position %1: %2 in \"%3\""_s.arg(
-        QString::number(pos + 1), what, filter));
+        QString::number(pos + 1), what, quoted));
 }
 
 std::vector<Tok> lex(const QString& s)
@@ -220,31 +230,46 @@ private:
         return n;
     }
 
+    // A chain "a OR b OR c" is one node with a child per operand, so a long chain costs no depth.
     std::unique_ptr<Node> parseOr()
     {
-        auto left = parseAnd();
+        auto first = parseAnd();
+        if (!isWord(peek(), "OR"_L1))
+            return first;
+        auto n = std::make_unique<Node>();
+        n->kind = Node::Or;
+        n->children.push_back(std::move(first));
         while (acceptWord("OR"_L1))
-            left = binary(Node::Or, std::move(left), parseAnd());
-        return left;
+            n->children.push_back(parseAnd());
+        return n;
     }
 
     std::unique_ptr<Node> parseAnd()
     {
-        auto left = parseNot();
+        auto first = parseNot();
+        if (!isWord(peek(), "AND"_L1))
+            return first;
+        auto n = std::make_unique<Node>();
+        n->kind = Node::And;
+        n->children.push_back(std::move(first));
         while (acceptWord("AND"_L1))
-            left = binary(Node::And, std::move(left), parseNot());
-        return left;
+            n->children.push_back(parseNot());
+        return n;
     }
 
+    // Any run of NOTs is one node: an odd run negates, an even one only takes the truth value.
     std::unique_ptr<Node> parseNot()
     {
-        if (acceptWord("NOT"_L1)) {
-            auto n = std::make_unique<Node>();
-            n->kind = Node::Not;
-            n->children.push_back(parseNot());
-            return n;
-        }
-        return parsePredicate();
+        int count = 0;
+        while (acceptWord("NOT"_L1))
+            ++count;
+        if (count == 0)
+            return parsePredicate();
+        auto n = std::make_unique<Node>();
+        n->kind = Node::Not;
+        n->negated = count % 2 == 1;
+        n->children.push_back(parsePredicate());
+        return n;
     }
 
     std::unique_ptr<Node> parsePredicate()
@@ -331,9 +356,14 @@ private:
     std::unique_ptr<Node> parsePrimary()
     {
         if (peek().kind == Tok::LParen) {
+            if (m_depth >= cMaxNesting)
+                syntaxError(m_text, peek().pos,
+                            u"parentheses nested deeper than %1 levels"_s.arg(cMaxNesting));
             take();
+            ++m_depth;
             auto inner = parseOr();
             expect(Tok::RParen, u"')'"_s);
+            --m_depth;
             return inner;
         }
         return parseValue();
@@ -393,6 +423,7 @@ private:
     QString m_text;
     std::vector<Tok> m_toks;
     std::size_t m_at = 0;
+    int m_depth = 0;
 };
 
 bool isNumber(const QVariant& v)
@@ -463,25 +494,31 @@ QVariant evaluate(const Node& n, const TDBFilterRecord& rec)
         return rec.filterValue(n.field);
     case Node::Not: {
         const Tri t = truth(evaluate(*n.children[0], rec));
-        return fromTri(t == Tri::Unknown ? t : (t == Tri::True ? Tri::False : Tri::True));
+        if (!n.negated || t == Tri::Unknown)
+            return fromTri(t);
+        return fromTri(t == Tri::True ? Tri::False : Tri::True);
     }
     case Node::And: {
-        const Tri a = truth(evaluate(*n.children[0], rec));
-        if (a == Tri::False)
-            return fromTri(Tri::False);
-        const Tri b = truth(evaluate(*n.children[1], rec));
-        if (b == Tri::False)
-            return fromTri(Tri::False);
-        return fromTri(a == Tri::True && b == Tri::True ? Tri::True : Tri::Unknown);
+        // False wins, then unknown.
+        bool unknown = false;
+        for (const auto& child : n.children) {
+            const Tri t = truth(evaluate(*child, rec));
+            if (t == Tri::False)
+                return fromTri(Tri::False);
+            unknown = unknown || t == Tri::Unknown;
+        }
+        return fromTri(unknown ? Tri::Unknown : Tri::True);
     }
     case Node::Or: {
-        const Tri a = truth(evaluate(*n.children[0], rec));
-        if (a == Tri::True)
-            return fromTri(Tri::True);
-        const Tri b = truth(evaluate(*n.children[1], rec));
-        if (b == Tri::True)
-            return fromTri(Tri::True);
-        return fromTri(a == Tri::False && b == Tri::False ? Tri::False : Tri::Unknown);
+        // True wins, then unknown.
+        bool unknown = false;
+        for (const auto& child : n.children) {
+            const Tri t = truth(evaluate(*child, rec));
+            if (t == Tri::True)
+                return fromTri(Tri::True);
+            unknown = unknown || t == Tri::Unknown;
+        }
+        return fromTri(unknown ? Tri::Unknown : Tri::False);
     }
     case Node::Compare: {
         const std::optional<int> c =
@@ -531,12 +568,14 @@ QVariant evaluate(const Node& n, const TDBFilterRecord& rec)
     return QVariant();
 }
 
-void collectFields(const Node& n, QStringList* out)
+void collectFields(const Node& n, QStringList* out, QSet<QString>* seen)
 {
-    if (n.kind == Node::Field && !out->contains(n.fieldName, Qt::CaseInsensitive))
+    if (n.kind == Node::Field && !seen->contains(n.fieldName.toCaseFolded())) {
+        seen->insert(n.fieldName.toCaseFolded());
         out->append(n.fieldName);
+    }
     for (const auto& c : n.children)
-        collectFields(*c, out);
+        collectFields(*c, out, seen);
 }
 
 void bindFields(Node& n, const std::function<int(const QString&)>& resolve)
@@ -563,7 +602,8 @@ TDBFilter::~TDBFilter() = default;
 QStringList TDBFilter::fieldNames() const
 {
     QStringList names;
-    collectFields(*m_root, &names);
+    QSet<QString> seen;
+    collectFields(*m_root, &names, &seen);
     return names;
 }
 

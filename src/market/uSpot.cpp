@@ -5,13 +5,18 @@
 #include "uZTSettings.h"
 
 #include <QLocale>
+#include <QScopeGuard>
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <array>
+#include <cmath>
+#include <cstdlib>
+#include <optional>
 #include <stdexcept>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -64,14 +69,32 @@ void TSpotPrices::Clear()
 }
 
 namespace {
-double jsonFloat(const QJsonValue& value)
+
+[[noreturn]] void invalidReply(const QString& why)
 {
-    if (value.isString()) {
-        bool ok = false;
-        const double number = QLocale::c().toDouble(value.toString().trimmed(), &ok);
-        return ok ? number : 0.0;
-    }
-    return value.toDouble();
+    throw std::runtime_error("Invalid spot reply: " + why.toStdString());
+}
+
+// The value of a member read as a float: a number, or a text that holds one. Nothing for anything
+// else. A number beyond the range of a double reads as an infinity.
+std::optional<double> jsonNumber(const QJsonValue& value)
+{
+    if (value.isDouble())
+        return value.toDouble();
+    if (!value.isString())
+        return std::nullopt;
+    const QString text = value.toString().trimmed();
+    bool ok = false;
+    const double number = QLocale::c().toDouble(text, &ok);
+    if (ok)
+        return number;
+    // The locale refuses an overflow; the C library gives it as an infinity.
+    const QByteArray latin = text.toLatin1();
+    char* end = nullptr;
+    const double wide = std::strtod(latin.constData(), &end);
+    if (!latin.isEmpty() && end == latin.constData() + latin.size() && std::isinf(wide))
+        return wide;
+    return std::nullopt;
 }
 
 QString jsonText(const QJsonValue& value)
@@ -83,39 +106,86 @@ QString jsonText(const QJsonValue& value)
     return value.toString();
 }
 
-// Parses any JSON value as root, scalars included.
-QJsonValue parseRoot(const QString& text)
+// Parses any JSON value as root, scalars included; an empty text is "{}".
+QJsonValue parseRoot(const QByteArray& text)
 {
-    const QByteArray source = '[' + (text.trimmed().isEmpty() ? QByteArray("{}") : text.toUtf8()) + ']';
+    const QByteArray source = '[' + (text.isEmpty() ? QByteArray("{}") : text) + ']';
     QJsonParseError error{};
     const QJsonDocument doc = QJsonDocument::fromJson(source, &error);
     if (error.error != QJsonParseError::NoError || doc.array().size() != 1)
-        throw std::runtime_error("Invalid JSON reply: " + error.errorString().toStdString());
+        invalidReply(u"not JSON: "_s + error.errorString());
     return doc.array().first();
 }
+
+// The JSON text with every number outside a string written as a string of its own text, so that
+// the parser keeps a number exactly as it was received ("0.53" stays "0.53"). Only for text that
+// is valid JSON: there a number is a run of the characters below that starts with '-' or a digit.
+QByteArray numbersAsStrings(const QByteArray& json)
+{
+    static constexpr std::string_view numberChars = "0123456789+-.eE";
+    QByteArray out;
+    out.reserve(json.size() + json.size() / 4);
+    bool inString = false;
+    for (qsizetype i = 0; i < json.size(); ++i) {
+        const char c = json.at(i);
+        if (inString) {
+            out += c;
+            if (c == '\\' && i + 1 < json.size())
+                out += json.at(++i);
+            else if (c == '"')
+                inString = false;
+        } else if (c == '"') {
+            inString = true;
+            out += c;
+        } else if (c == '-' || (c >= '0' && c <= '9')) {
+            qsizetype end = i;
+            while (end < json.size() && numberChars.find(json.at(end)) != std::string_view::npos)
+                ++end;
+            out += '"' + json.mid(i, end - i) + '"';
+            i = end - 1;
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
 } // namespace
 
 void TSpotPrices::LoadFromText(const QString& text, const QString& currency)
 {
     Clear();
-    const QJsonValue root = parseRoot(text);
+    const QByteArray json = text.toUtf8();
+    QJsonValue root = parseRoot(json); // raises for text that is not JSON
+    if (root.isArray())
+        root = parseRoot(numbersAsStrings(json));
+    // A refused element leaves the list as empty as a reply that is not JSON.
+    auto emptyOnFailure = qScopeGuard([this] { Clear(); });
     if (root.isArray()) {
         const QJsonArray elements = root.toArray();
         for (const QJsonValue& element : elements) {
             const QJsonObject object = element.toObject();
-            const int metal = MetalCodeToIndex(object.value(u"BaseCurrency").toString());
+            const QString code = object.value(u"BaseCurrency").toString();
+            const int metal = MetalCodeToIndex(code);
             if (metal < 0)
                 continue;
             TSpotPrice price;
             price.Metal = metal;
             price.Currency = currency;
-            price.Price = jsonFloat(object.value(u"Price"));
+            const std::optional<double> value = jsonNumber(object.value(u"Price"));
+            if (value && (!std::isfinite(*value) || *value < 0))
+                invalidReply(u"the price of %1 is %2"_s.arg(code, jsonText(object.value(u"Price"))));
+            price.Price = value.value_or(0.0);
             price.DateC = jsonText(object.value(u"DateC"));
-            price.ChangeAbs = jsonFloat(object.value(u"ChangeAbs"));
+            const std::optional<double> change = jsonNumber(object.value(u"ChangeAbs"));
+            if (change && !std::isfinite(*change))
+                invalidReply(u"the change of %1 is %2"_s.arg(code, jsonText(object.value(u"ChangeAbs"))));
+            price.ChangeAbs = change.value_or(0.0);
             price.ChangePerc = jsonText(object.value(u"ChangePerc"));
             Add(price);
         }
     }
+    emptyOnFailure.dismiss();
     if (OnLoaded)
         OnLoaded(this);
 }

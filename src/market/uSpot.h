@@ -37,8 +37,11 @@ public:
 
     // Receives a deciphered reply: clears the list first, then appends one entry per
     // element of a JSON array whose code is known, then calls OnLoaded. A root that is
-    // not an array leaves the list empty. Text that is not JSON raises, after the
-    // list has been cleared, and OnLoaded is not called.
+    // not an array leaves the list empty; an empty text is "{}". Text that is not JSON
+    // (blanks and line breaks alone included), or a price that is negative, NaN or
+    // infinite, or a change that is not finite, raises with the list left empty, and
+    // OnLoaded is not called. DateC and ChangePerc keep the text received, also when they
+    // come as JSON numbers.
     void LoadFromText(const QString& text, const QString& currency);
 
     // Fetches the prices in the background: one GET of CatalogueServerURL() +

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -47,6 +48,15 @@ QImage scaledToThumbnail(const QImage& image, QSize target)
         .convertToFormat(format, image.colorTable(), Qt::ThresholdDither | Qt::AvoidDither);
 }
 
+// A picture so wide for its height that its thumbnail would not be one (a strip of 1,000,000 by 1
+// pixels gives a thumbnail 200,000,000 pixels wide) is refused before anything is allocated.
+void checkTargetWidth(QSize target)
+{
+    if (target.width() > MaxThumbnailWidth)
+        raise(u"The picture is too wide for a thumbnail: %1 pixels at a height of %2"_s.arg(target.width())
+                  .arg(ThumbnailHeight));
+}
+
 } // namespace
 
 int ThumbnailWidth(int width, int height)
@@ -55,7 +65,7 @@ int ThumbnailWidth(int width, int height)
         return width;
     // The current rounding mode is to nearest with ties to even.
     const double exact = width / (height / double(ThumbnailHeight));
-    return std::max(1, int(std::nearbyint(exact)));
+    return int(std::clamp(std::nearbyint(exact), 1.0, double(std::numeric_limits<int>::max())));
 }
 
 QByteArray MakeThumbnail(const QByteArray& picture)
@@ -82,6 +92,7 @@ QByteArray MakeThumbnail(const QByteArray& picture)
         const bool turned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
         const QSize upright = turned ? stored.transposed() : stored;
         target = QSize(ThumbnailWidth(upright.width(), upright.height()), ThumbnailHeight);
+        checkTargetWidth(target);
         if (upright != target && !hasColourTable(reader.imageFormat()))
             reader.setScaledSize(turned ? target.transposed() : target);
     }
@@ -89,8 +100,10 @@ QByteArray MakeThumbnail(const QByteArray& picture)
     QImage image = reader.read();
     if (image.isNull())
         raise(u"The picture cannot be read: "_s + reader.errorString());
-    if (!target.isValid())
+    if (!target.isValid()) {
         target = QSize(ThumbnailWidth(image.width(), image.height()), ThumbnailHeight);
+        checkTargetWidth(target);
+    }
     // A picture already at the thumbnail's size is encoded again as it was decoded.
     image = scaledToThumbnail(image, target);
 

@@ -119,10 +119,8 @@ private slots:
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<QString>("expected");
         AddRow("0 bytes", QByteArray(), "fewer than its 16-byte");
-        AddRow("15 bytes", QByteArray(15, 'Z'), "fewer than its 16-byte");
         AddRow("16 bytes: IV only", QByteArray(16, 'Z'), "no cipher text");
         AddRow("17 bytes", QByteArray(17, 'Z'), "not a multiple of 16");
-        AddRow("40 bytes", QByteArray(40, 'Z'), "not a multiple of 16");
         // Blocks enciphered without padding whose last clear bytes are no valid padding.
         const QByteArray iv(16, '\x11');
         for (const QByteArray& last : {QByteArray(16, '\0'), QByteArray(15, 'a') + char(17),
@@ -178,7 +176,6 @@ private slots:
     {
         QTest::addColumn<int>("length");
         AddRow("short", 5);
-        AddRow("one full line", 15);  // 16 + 16 bytes -> 44 base64 characters
         AddRow("several lines", 400); // 16 + 416 bytes -> 576 characters, 9 lines
     }
     void encryptTextWraps()

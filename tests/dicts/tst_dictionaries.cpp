@@ -10,7 +10,6 @@
 #include "uZTUserHive.h"
 
 #include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QtTest>
 
 #include <csignal>
@@ -93,77 +92,27 @@ private slots:
         m_home.reset();
     }
 
-    // Settings key, combo editor, edit action, name in the dialog, item field of each row.
-    void table()
+    // Each row's list is saved under the row's key and found by its names; every delivered list
+    // ends each entry with CR LF.
+    void tableAndDeliveredLists()
     {
-        const QStringList rows{
-            "Dict.Purities|cbPurity|actEditPurity|Purities|Purity",
-            "Dict.Edges|cbEdge|actEditEdge|Edges|Edge",
-            "Dict.Conditions|cbCondition|actEditCondition|Conditions|Condition",
-            "Dict.Statuses|cbStatus|actEditStatus|Statuses|Status",
-            "Dict.Packagings|cbPackaging|actEditPackaging|Packaging|Packaging",
-            "Dict.Locations|cbLocation|actEditLocation|Locations|Location",
-            "Dict.Owners|cbOwner|actEditOwner|Owners|Owner",
-            "Dict.Stores|cbStore|actEditStore|Stores|Store",
-            "Dict.Grades|cbGrade|actEditGrade|Grades|Grade",
-            "Dict.GradeServices|cbGradeService|actEditGradeService|Grade services|GradeService"};
-        QCOMPARE(DictTable().size(), std::size_t(rows.size()));
-        for (std::size_t row = 0; row < DictTable().size(); ++row) {
-            const TDictInfo& info = DictTable()[row];
-            const QStringList names = rows[qsizetype(row)].split('|');
-            QCOMPARE(QStringList({info.settingsKey(), info.comboEditor(), info.editAction(),
-                                  info.dialogName(), info.itemField()}),
-                     names);
-            for (const QString& name : {names[0], names[1], names[2], names[4]})
+        QCOMPARE(DictTable().size(), std::size_t(10));
+        const TORVDicts dicts = DefaultDicts();
+        for (const TDictInfo& info : DictTable()) {
+            for (const QString& name :
+                 {info.settingsKey(), info.comboEditor(), info.editAction(), info.itemField()})
                 QCOMPARE(FindDict(name), &info);
-            // Each row's list is saved under the row's settings key.
-            DictOf(ORVDicts, info).Value = names[0] + "\r\n";
+            const TDict& delivered = DictOf(dicts, info);
+            QVERIFY(delivered.Default.endsWith("\r\n") && delivered.Value == delivered.Default);
+            QCOMPARE(NormalizeDictText(delivered.Default), delivered.Default);
+            DictOf(ORVDicts, info).Value = info.settingsKey() + "\r\n";
         }
         SaveSettings();
-        for (const QString& row : rows)
-            QCOMPARE(StoredDict(row.section('|', 0, 0)), row.section('|', 0, 0) + "\r\n");
+        for (const TDictInfo& info : DictTable())
+            QCOMPARE(StoredDict(info.settingsKey()), info.settingsKey() + "\r\n");
         QCOMPARE(FindDict("cbpurity"), nullptr);
-        QCOMPARE(FindDict(QString()), nullptr);
         QCOMPARE(FindDict("lcbMints"), nullptr);
-    }
-
-    // The delivered lists, entry by entry.
-    void defaultLists_data()
-    {
-        QTest::addColumn<int>("row");
-        QTest::addColumn<QString>("entries"); // joined by '|'
-        QString grades = "Not graded";
-        for (const char* kind : {"MS", "PF"})
-            for (int g = 70; g >= 60; --g)
-                grades += QString("|%1%2").arg(kind).arg(g);
-        AddRow("Purities", 0, ".999|.9999|.99999|.900|.986|.916|.9166|.9167");
-        AddRow("Edges", 1, "Plain|Grooved|Reeded|Milled|Serrated|Inscribed");
-        AddRow("Conditions", 2,
-               "Brilliant uncirculated (BU)|Uncirculated (Unc)|About Uncirculated (AU)|"
-               "Poor (PO)|Fair (Fr)|Almost Good (AG)|Good (G)|Very Good (VG)|Fine (F)|"
-               "Very Fine (VF)|Extremely Fine (EF)|Circulated");
-        AddRow("Statuses", 3, "In collection|Wanted|Waiting for delivery");
-        AddRow("Packagings", 4,
-               "No packaging|Coin box|Coin tube|Assay card|Plastic capsule|"
-               "Plastic sealed package|Slabbed");
-        AddRow("Locations", 5, "Vault|Secret location #1|Secret location #2");
-        AddRow("Owners", 6, "Me");
-        AddRow("Stores", 7,
-               "Local coin shop|Apmex|SD Bullion|JM Bullion|GoldSilver|Coin Invest|"
-               "Bullion By Post|Silver Gold Bull|Provident Metals");
-        AddRow("Grades", 8, grades);
-        AddRow("GradeServices", 9, "Not graded|PCGS|NGC|ICG|ANACS");
-    }
-    void defaultLists()
-    {
-        QFETCH(int, row);
-        QFETCH(QString, entries);
-        const TORVDicts dicts = DefaultDicts();
-        const TDict& dict = DictOf(dicts, DictTable()[static_cast<std::size_t>(row)]);
-        QCOMPARE(DictLines(dict.Default), entries.split('|'));
-        // The raw text: every entry followed by CR LF, the last one too, nothing else.
-        QCOMPARE(dict.Default, entries.replace('|', "\r\n") + "\r\n");
-        QCOMPARE(dict.Value, dict.Default);
+        QCOMPARE(DictLines(dicts.Grades.Default).size(), 23);
     }
 
     void dictLines_data()
@@ -191,42 +140,42 @@ private slots:
         QCOMPARE(NormalizeDictText(normal), normal);
     }
 
-    // btnOK: blank lines go from last to first; the rest stays exactly as typed, with CR LF in the
-    // store whatever the memo gave.
+    // btnOK (or an OK result without it): blank lines go; the rest stays exactly as typed, with
+    // CR LF in the store whatever the memo gave. An empty list stays empty at the next start.
     void okDropsBlankLines_data()
     {
         QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("button");
         QTest::addColumn<QString>("stored");
-        AddRow("LF", "b\na\n", "b\r\na\r\n");
-        AddRow("CR, last unended", "Vault\rBank", "Vault\r\nBank\r\n");
-        AddRow("blank lines everywhere", "\n  \nVault\r\n\t\nSafe\n \n\n", "Vault\r\nSafe\r\n");
-        AddRow("blanks inside and around kept", "  Bank  box \n", "  Bank  box \r\n");
-        AddRow("duplicates kept, no sorting", "z\na\nz", "z\r\na\r\nz\r\n");
-        AddRow("empty", "", "");
+        AddRow("LF", "b\na\n", true, "b\r\na\r\n");
+        AddRow("CR, last unended", "Vault\rBank", true, "Vault\r\nBank\r\n");
+        AddRow("blank lines everywhere", "\n  \nVault\r\n\t\nSafe\n \n\n", true, "Vault\r\nSafe\r\n");
+        AddRow("blanks inside and around kept", "  Bank  box \n", true, "  Bank  box \r\n");
+        AddRow("duplicates kept, no sorting", "z\na\nz", true, "z\r\na\r\nz\r\n");
+        AddRow("only blank lines", "   \r\n\r\n\t \r\n", true, "");
+        AddRow("OK result without the button", "a\n \nb", false, "a\r\nb\r\n");
     }
     void okDropsBlankLines()
     {
         QFETCH(QString, typed);
+        QFETCH(bool, button);
         QFETCH(QString, stored);
         QStringList combo{"old"};
-        QVERIFY(EditLocations(TypeAndOk(typed), combo));
+        QVERIFY(EditLocations(
+            [&](TEditDictionaryController& controller) {
+                controller.SetMemoText(typed);
+                if (button)
+                    controller.Ok();
+                return int(mrOk);
+            },
+            combo));
         QCOMPARE(ORVDicts.Locations.Value, stored);
         QCOMPARE(combo, DictLines(stored));
         QCOMPARE(StoredDict("Dict.Locations"), stored);
         QCOMPARE(ORVDicts.Locations.Default, DefaultDicts().Locations.Default);
-    }
-
-    void onlyBlankLinesStoredAsEmptyText()
-    {
-        m_runner.script = TypeAndOk("   \r\n\r\n\t \r\n");
-        QStringList combo = DictLines(ORVDicts.Owners.Value);
-        QVERIFY(EditDictionary(ORVDicts.Owners, "Owners", combo));
-        QVERIFY(ORVDicts.Owners.Value.isEmpty() && combo.isEmpty());
-        QCOMPARE(StoredDict("Dict.Owners"), QString());
-        // Read again at the next start, the empty list stays empty rather than falling back.
-        ORVDicts.Owners.Value = "stale";
+        ORVDicts.Locations.Value = "stale";
         LoadSettings();
-        QVERIFY(ORVDicts.Owners.Value.isEmpty());
+        QCOMPARE(ORVDicts.Locations.Value, stored);
     }
 
     void cancelStoresNothing()
@@ -251,40 +200,35 @@ private slots:
         QCOMPARE(combo, QStringList{"kept"});
     }
 
-    void resetThenCancelKeepsOldList()
+    // Reset puts the delivered list in the memo; only OK stores it.
+    void resetThenOkOrCancel_data()
     {
+        QTest::addColumn<bool>("ok");
+        AddRow("OK", true);
+        AddRow("Cancel", false);
+    }
+    void resetThenOkOrCancel()
+    {
+        QFETCH(bool, ok);
         ORVDicts.Locations.Value = "Safe\r\n";
         m_presenter.Answer = mrYes;
         QStringList memoAfterReset;
         QStringList combo{"Safe"};
-        QVERIFY(!EditLocations(
-            [&memoAfterReset](TEditDictionaryController& c) {
-                const bool reset = c.ResetToDefault();
-                memoAfterReset = c.MemoLines();
-                c.Cancel();
-                return reset ? int(mrCancel) : int(mrAbort);
-            },
-            combo));
+        QCOMPARE(EditLocations(
+                     [&](TEditDictionaryController& c) -> int {
+                         if (!c.ResetToDefault())
+                             return int(mrAbort);
+                         memoAfterReset = c.MemoLines();
+                         ok ? c.Ok() : c.Cancel();
+                         return ok ? int(mrOk) : int(mrCancel);
+                     },
+                     combo),
+                 ok);
+        const QString expected = ok ? DefaultDicts().Locations.Default : "Safe\r\n";
         QCOMPARE(memoAfterReset, DictLines(DefaultDicts().Locations.Default));
-        QCOMPARE(ORVDicts.Locations.Value, "Safe\r\n");
-        QCOMPARE(combo, QStringList{"Safe"});
-        QVERIFY(!QFile::exists(TZTUserHive::FileName()));
-    }
-
-    void resetThenOkStoresDefault()
-    {
-        ORVDicts.Locations.Value = "Safe\r\n";
-        m_presenter.Answer = mrYes;
-        QStringList combo;
-        QVERIFY(EditLocations(
-            [](TEditDictionaryController& c) {
-                c.ResetToDefault();
-                c.Ok();
-                return int(mrOk);
-            },
-            combo));
-        QCOMPARE(ORVDicts.Locations.Value, DefaultDicts().Locations.Default);
-        QCOMPARE(StoredDict("Dict.Locations"), DefaultDicts().Locations.Default);
+        QCOMPARE(ORVDicts.Locations.Value, expected);
+        QCOMPARE(combo, DictLines(expected));
+        QCOMPARE(QFile::exists(TZTUserHive::FileName()), ok);
     }
 
     // The question: a confirmation with Yes and No, No the default; No keeps the memo.
@@ -311,45 +255,17 @@ private slots:
         QCOMPARE(controller.MemoLines(),
                  answer == mrYes ? QStringList({"D1", "D2"}) : QStringList({"typed", "lines"}));
         QCOMPARE(controller.Result(), mrNone);
-        QCOMPARE(TEditDictionaryController::CaptionText(), "Edit dictionary");
-        QCOMPARE(TEditDictionaryController::ResetToDefaultsText(), "Reset to defaults");
     }
 
     // The dictionary only suggests: removing an entry touches no default value and no item.
     void removingVaultChangesNoItem()
     {
-        QTemporaryDir dir;
-        const QString dbPath = dir.filePath("items.sqlite");
-        {
-            QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "items");
-            db.setDatabaseName(dbPath);
-            QVERIFY(db.open());
-            QVERIFY(QSqlQuery(db).exec("CREATE TABLE tblCoins (ID INTEGER PRIMARY KEY, Location TEXT)"));
-            QVERIFY(QSqlQuery(db).exec(
-                "INSERT INTO tblCoins (Location) VALUES ('Vault'), ('Vault'), ('Secret location #1')"));
-            db.close();
-        }
-        QSqlDatabase::removeDatabase("items");
-        const QByteArray before = ReadFile(dbPath);
-
         QStringList combo = DictLines(ORVDicts.Locations.Value);
         QVERIFY(EditLocations(TypeAndOk("Secret location #1\nSecret location #2\n"), combo));
         QCOMPARE(combo, QStringList({"Secret location #1", "Secret location #2"}));
         QCOMPARE(ORVDefaultValues.Location, "Vault");
         QCOMPARE(StoredDict("DefaultValues.Location"), "Vault");
-        QVERIFY(QSqlDatabase::connectionNames().isEmpty()); // no connection was made
-        QCOMPARE(ReadFile(dbPath), before);
-    }
-
-    void okResultWithoutButtonStillDropsBlankLines()
-    {
-        m_runner.script = [](TEditDictionaryController& c) {
-            c.SetMemoText("a\n \nb");
-            return int(mrOk);
-        };
-        QStringList combo;
-        QVERIFY(EditDictionary(ORVDicts.Stores, "Stores", combo));
-        QCOMPARE(ORVDicts.Stores.Value, "a\r\nb\r\n");
+        QVERIFY(QSqlDatabase::connectionNames().isEmpty()); // no collection was touched
     }
 
     // After OK the list is in the store even if the process dies right after.

@@ -18,6 +18,7 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <future>
 
 namespace {
@@ -33,6 +34,31 @@ QByteArray Gzip(const QByteArray& data)
     zs.avail_out = static_cast<uInt>(out.size());
     deflate(&zs, Z_FINISH);
     out.resize(static_cast<int>(zs.total_out));
+    deflateEnd(&zs);
+    return out;
+}
+
+// A gzip stream of `bytes` zero bytes, made without holding them.
+QByteArray GzipZeros(qint64 bytes)
+{
+    z_stream zs{};
+    deflateInit2(&zs, Z_BEST_COMPRESSION, Z_DEFLATED, 15 + 16, 9, Z_DEFAULT_STRATEGY);
+    const QByteArray zeros(1 << 20, '\0');
+    QByteArray out;
+    char buffer[1 << 16];
+    for (qint64 left = bytes; left >= 0; left -= zeros.size()) {
+        zs.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(zeros.constData()));
+        zs.avail_in = static_cast<uInt>(std::min<qint64>(left, zeros.size()));
+        const int flush = left <= zeros.size() ? Z_FINISH : Z_NO_FLUSH;
+        do {
+            zs.next_out = reinterpret_cast<Bytef*>(buffer);
+            zs.avail_out = sizeof(buffer);
+            deflate(&zs, flush);
+            out.append(buffer, static_cast<qsizetype>(sizeof(buffer) - zs.avail_out));
+        } while (zs.avail_out == 0);
+        if (flush == Z_FINISH)
+            break;
+    }
     deflateEnd(&zs);
     return out;
 }
@@ -168,6 +194,19 @@ private:
                 Send(200, "OK", Gzip(plain), "Content-Encoding: gzip\r\n");
             else
                 Send(200, "OK", plain);
+        } else if (path.startsWith("/gzip/")) {
+            // Bodies that claim gzip and cannot be decoded: cut in the middle, no gzip at all, or a
+            // bomb of 256 MB of zeros.
+            QByteArray body;
+            if (path == "/gzip/damaged")
+                body = Gzip(QByteArray("compressed body ").repeated(2000)).left(200) + QByteArray(64, '\x5a');
+            else if (path == "/gzip/junk")
+                body = QByteArray("this is not gzip at all").repeated(20);
+            else
+                body = CachedBomb();
+            Send(200, "OK", body, "Content-Encoding: gzip\r\n");
+        } else if (path == "/endless") {
+            StartEndless();
         } else if (path == "/slow") {
             StartSlow();
         } else if (path == "/stall") {
@@ -218,6 +257,24 @@ private:
         if (!cache.contains(bytes))
             cache.insert(bytes, NoisePng(bytes));
         return cache.value(bytes);
+    }
+
+    static QByteArray CachedBomb()
+    {
+        static const QByteArray bomb = GzipZeros(qint64(256) << 20);
+        return bomb;
+    }
+
+    // A body without a length that goes on until the client hangs up.
+    void StartEndless()
+    {
+        m_socket->write("HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nConnection: close\r\n\r\n");
+        auto more = [this] {
+            if (m_socket->bytesToWrite() < (1 << 18))
+                m_socket->write(QByteArray(1 << 16, 'e'));
+        };
+        connect(m_socket, &QTcpSocket::bytesWritten, this, more);
+        more();
     }
 
     void StartSlow()

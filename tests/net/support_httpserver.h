@@ -39,6 +39,8 @@ struct TCannedReply
 //   /to?url=<u>         301 to <u>
 //   /missing            404 with a body of two lines
 //   /gzip               200, the body gzip-encoded when the client accepts gzip
+//   /gzip/damaged, /gzip/junk, /gzip/bomb   200 with bodies that claim gzip and cannot be decoded
+//   /endless            200 with a body that never ends
 //   /slow               200 with a 2000-byte body sent 1 byte per 50 ms (about 100 s at most)
 //   /stall              200 headers, then nothing for 10 s
 //   /hold/<id>          held until Release(id) (or 30 s), then 200 "<id>"

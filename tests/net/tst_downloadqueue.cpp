@@ -176,17 +176,15 @@ private slots:
         QTRY_COMPARE(receiver.SubscriberIds, QList<int>({0, 1, 2, 3, 4, 5, 6}));
         for (const QPointer<TCustomDownloader>& worker : std::as_const(workers))
             QVERIFY(worker.isNull()); // the workers freed themselves
-    }
 
-    void startOnAnEmptyQueue()
-    {
-        TDownloadQueue queue;
-        TQueueLog log(queue);
-        QVERIFY(!queue.Finished());
-        queue.Start();
-        QCOMPARE(log.Order, QStringList({"start", "done"}));
-        QVERIFY(queue.Finished());
-        queue.WaitFor(); // returns at once
+        // Start on an empty queue: start and done at once.
+        TDownloadQueue empty;
+        TQueueLog emptyLog(empty);
+        QVERIFY(!empty.Finished());
+        empty.Start();
+        QCOMPARE(emptyLog.Order, QStringList({"start", "done"}));
+        QVERIFY(empty.Finished());
+        empty.WaitFor(); // returns at once
     }
 
     void stopDuringABatch()
@@ -289,11 +287,9 @@ private slots:
         queue.WaitFor();
         QTRY_COMPARE(TTestSubscriber::Alive.load(), 0);
         QVERIFY(!receiver);
-    }
 
-    void postingFromAnotherThreadToAGoneReceiver()
-    {
-        auto receiver = std::make_unique<TReceiver>();
+        // Posted from another thread to a receiver that goes before delivery.
+        receiver = std::make_unique<TReceiver>();
         QPointer<QObject> target(receiver.get());
         std::thread poster([target] {
             for (int i = 0; i < 100; ++i)
@@ -306,7 +302,8 @@ private slots:
         QCOMPARE(TTestSubscriber::Alive.load(), 0);
     }
 
-    void statusIsReportedOnTheMainThread()
+    // Status comes on the main thread; each worker has a cookie store and a transport of its own.
+    void statusAndCookieStores()
     {
         TDownloadQueue queue;
         QStringList texts;
@@ -315,13 +312,18 @@ private slots:
             texts << QString::number(panel) + ':' + text;
             allOnMain = allOnMain && OnMainThread();
         };
-        Add(queue, "/lines", nullptr, -1);
+        TCustomDownloader* a = Add(queue, "/cookie/set", nullptr, -1, false, 0);
+        TCustomDownloader* b = Add(queue, "/cookie/get", nullptr, -1, false, 0);
         Add(queue, "/image/100", nullptr, -1, true, cMsgThumbnail);
+        QVERIFY(a->CookieStore() && b->CookieStore() && a->CookieStore() != b->CookieStore());
+        QVERIFY(a->Downloader() != b->Downloader());
+        queue.MaxThreads = 1;
         queue.Start();
         queue.WaitFor();
-        QCOMPARE(texts,
-                 QStringList({"2:Downloading data...", "2:Downloading image: " + m_http->URL("/image/100")}));
+        QCOMPARE(texts, QStringList({"2:Downloading data...", "2:Downloading data...",
+                                     "2:Downloading image: " + m_http->URL("/image/100")}));
         QVERIFY(allOnMain);
+        QCOMPARE(m_http->RequestsFor("/cookie/get").value(0).Headers.value("cookie"), QByteArray());
     }
 
     void destroyingAQueueStopsItsWorkers()
@@ -347,19 +349,6 @@ private slots:
         queue.reset();
         QCOMPARE(TTestSubscriber::Alive.load(), 0);
         QCOMPARE(m_http->CountFor(HoldPrefix()), 2);
-    }
-
-    void eachWorkerHasItsOwnCookieStore()
-    {
-        TDownloadQueue queue;
-        TCustomDownloader* a = Add(queue, "/cookie/set", nullptr, -1, false, 0);
-        TCustomDownloader* b = Add(queue, "/cookie/get", nullptr, -1, false, 0);
-        QVERIFY(a->CookieStore() && b->CookieStore() && a->CookieStore() != b->CookieStore());
-        QVERIFY(a->Downloader() != b->Downloader());
-        queue.MaxThreads = 1;
-        queue.Start();
-        queue.WaitFor();
-        QCOMPARE(m_http->RequestsFor("/cookie/get").value(0).Headers.value("cookie"), QByteArray());
     }
 };
 

@@ -122,6 +122,26 @@ QByteArray RawExchange(quint16 port, const QByteArray& request)
     return answer;
 }
 
+TRawAnswer RawUntilClosed(quint16 port, const QByteArray& request, int waitMs)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    TRawAnswer result;
+    if (!socket.waitForConnected(10000))
+        return result;
+    socket.write(request);
+    const QDeadlineTimer deadline(waitMs);
+    while (!deadline.hasExpired() && socket.state() == QAbstractSocket::ConnectedState) {
+        if (socket.bytesToWrite() > 0)
+            socket.waitForBytesWritten(50);
+        if (socket.waitForReadyRead(50))
+            result.Answer += socket.readAll();
+    }
+    result.Answer += socket.readAll();
+    result.Closed = socket.state() != QAbstractSocket::ConnectedState;
+    return result;
+}
+
 QByteArray Decipher(const QByteArray& body)
 {
     return DecryptBytes(body, PayloadKeyA, PayloadKeyB);

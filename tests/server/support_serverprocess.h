@@ -53,6 +53,15 @@ TReply HttpGet(QNetworkAccessManager& manager, const QUrl& url, const QByteArray
 // Sends the bytes as they stand over a plain TCP connection and returns what comes back.
 QByteArray RawExchange(quint16 port, const QByteArray& request);
 
+// Sends the bytes, as far as the server takes them, and reads until the server closes the
+// connection or waitMs pass.
+struct TRawAnswer
+{
+    QByteArray Answer;
+    bool Closed = false;
+};
+TRawAnswer RawUntilClosed(quint16 port, const QByteArray& request, int waitMs);
+
 QByteArray Decipher(const QByteArray& body);
 // The deciphered reply as a JSON array; a reply that is no array gives a one-element array
 // holding the text "not an array".

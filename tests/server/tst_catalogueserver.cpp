@@ -4,8 +4,8 @@
 #include "support_common.h"
 #include "support_datarow.h"
 #include "support_serverprocess.h"
-#include "uPayloadKeys.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QJsonObject>
@@ -28,107 +28,19 @@ struct TQuickSearch
     const char* Mint;
 };
 
-// Every quick search of the add dialog: gold coins, gold bars, silver coins, silver bars, others.
+// Quick searches of the add dialog, one of each shape: keywords, years, mints (none, -1), types.
 const TQuickSearch QuickSearches[] = {
     {"gold coins 1 Maple leafs", "0", "0,1,2", "\"Maple leaf\"", "", "1"},
-    {"gold coins 2 Call of the Wild", "0", "0,1,2", "Call of the Wild", "", "1"},
-    {"gold coins 3 .99999", "0", "0,1,2", ".99999", "", "1"},
     {"gold coins 4 2019 Canadian", "0", "0,1,2", "", "years_filter=[2019]", "1"},
-    {"gold coins 5 Canada's Flowers", "0", "0,1,2", "Canada's Flowers", "", "1"},
-    {"gold coins 6 Kangaroos", "0", "0,1,2", "Kangaroo", "", "2"},
-    {"gold coins 7 Lunar", "0", "0,1,2", "Gold Lunar", "", "2"},
-    {"gold coins 8 Swans", "0", "0,1,2", "Gold Swan", "", "2"},
-    {"gold coins 9 Bird of Paradise", "0", "0,1,2", "Bird of Paradise", "", "2"},
-    {"gold coins 10 2019 Australian", "0", "0,1,2", "", "years_filter=[2019]", "2"},
-    {"gold coins 11 Britannias", "0", "0,1,2", "Britannia", "", "4"},
     {"gold coins 12 Queen's Beasts", "0", "0,1,2", "Queen's Beasts", "", "4"},
-    {"gold coins 13 Sovereigns", "0", "0,1,2", "Gold Sovereign", "", "4"},
-    {"gold coins 14 Lunar UK", "0", "0,1,2", "Gold Lunar", "", "4"},
-    {"gold coins 15 2019 British", "0", "0,1,2", "", "years_filter=[2019]", "4"},
-    {"gold coins 16 Libertads", "0", "0", "Mexican Libertads", "", "19"},
-    {"gold coins 17 Pesos", "0", "0", "Pesos", "", "19"},
-    {"gold coins 18 2019 Mexican", "0", "0", "", "years_filter=[2019]", "19"},
-    {"gold coins 19 Eagles", "0", "0", "Gold Eagle", "", "32"},
-    {"gold coins 20 Buffalos", "0", "0", "Gold Buffalo", "", "32"},
-    {"gold coins 21 2019 US", "0", "0", "", "years_filter=[2019]", "32"},
     {"gold coins 22 Pre 1933", "0", "0", "", "years_range=[0,1933]", "32"},
-    {"gold coins 23 First spouses", "0", "0", "First Spouse Coins", "", "32"},
-    {"gold coins 24 Krugerrands", "0", "0", "Krugerrands", "", "31"},
-    {"gold coins 25 Philharmonics", "0", "0", "Philharmonics", "", "3"},
-    {"gold coins 26 Pandas", "0", "0", "Panda", "", "8"},
     {"gold coins 27 Elephants", "0", "0", "Somalia Elephant", "", ""},
-    {"gold bars 1 Heraeus", "0", "3,4", "bar", "", "6"},
-    {"gold bars 2 Johnson Matthey", "0", "3,4", "bar", "", "17"},
-    {"gold bars 3 Austrian mint", "0", "3,4", "bar", "", "3"},
-    {"gold bars 4 APMEX", "0", "3,4", "bar", "", "69"},
-    {"gold bars 5 Credit Suisse", "0", "3,4", "bar", "", "9"},
-    {"gold bars 6 Engelhard", "0", "3,4", "bar", "", "11"},
-    {"gold bars 7 Geiger", "0", "3,4", "bar", "", "12"},
-    {"gold bars 8 PAMP Suisse", "0", "3,4", "bar", "", "22"},
-    {"gold bars 9 Perth Mint", "0", "3,4", "bar", "", "2"},
     {"gold bars 10 Rand refinery", "0", "3,4", "rand", "", "31"},
-    {"gold bars 11 RCM", "0", "3,4", "bar", "", "1"},
-    {"gold bars 12 Scottsdale", "0", "3,4", "bar", "", "27"},
-    {"gold bars 13 Sunshine", "0", "3,4", "bar", "", "29"},
-    {"gold bars 14 Valcambi", "0", "3,4", "bar", "", "33"},
-    {"silver coins 1 Eagles", "1", "0,1,2", "Eagle", "", "32"},
-    {"silver coins 2 America the beautiful", "1", "0,1,2", "America The beautiful", "", "32"},
     {"silver coins 3 Silver dollars", "1", "0,1,2", "Silver dollar", "years_range=[0,1990]", "32"},
-    {"silver coins 4 Maple leafs", "1", "0,1,2", "Maple leaf", "", "1"},
-    {"silver coins 5 Predator", "1", "0,1,2", "Predator", "", "1"},
-    {"silver coins 6 Birds of prey", "1", "0,1,2", "Birds of prey", "", "1"},
-    {"silver coins 7 Kangaroos", "1", "0,1,2", "Kangaroo", "", "2"},
-    {"silver coins 8 Lunar", "1", "0,1,2", "Lunar", "", "2"},
-    {"silver coins 9 Swans", "1", "0,1,2", "Swan", "", "2"},
-    {"silver coins 10 Kookaburras", "1", "0,1,2", "Kookaburra", "", "2"},
-    {"silver coins 11 Koalas", "1", "0,1,2", "Koala", "", "2"},
-    {"silver coins 12 Britannias", "1", "0,1,2", "Britannia", "", "4"},
-    {"silver coins 13 Queen's beasts", "1", "0,1,2", "Queen's Beasts", "", "4"},
-    {"silver coins 14 Lunar UK", "1", "0,1,2", "Lunar", "", "4"},
-    {"silver coins 15 Libertads", "1", "0,1,2", "Libertad", "", "19"},
-    {"silver coins 16 Aztecs", "1", "0,1,2", "Aztec", "", "19"},
-    {"silver coins 17 Philharmonics", "1", "0,1,2", "Philharmonics", "", "3"},
     {"silver coins 18 Dutch lions", "1", "0,1,2", "Dutch lion", "", ""},
-    {"silver coins 19 Czech lions", "1", "0,1,2", "Czech lion", "", ""},
-    {"silver coins 20 Krugerrands", "1", "0,1,2", "Krugerrands", "", "31"},
-    {"silver coins 21 Elephants", "1", "0,1,2", "Somalia Elephant", "", ""},
     {"silver bars 1 9Fine", "1", "3,4", "", "", "5"},
-    {"silver bars 2 APMEX", "1", "3,4", "", "", "69"},
-    {"silver bars 3 Argor Heraeus", "1", "3,4", "", "", "6"},
-    {"silver bars 4 Asahi", "1", "3,4", "", "", "47"},
-    {"silver bars 5 Engelhard", "1", "3,4", "", "", "11"},
-    {"silver bars 6 Geiger", "1", "3,4", "", "", "12"},
-    {"silver bars 7 Johnson Matthey", "1", "3,4", "", "", "17"},
-    {"silver bars 8 PAMP Suisse", "1", "3,4", "", "", "22"},
-    {"silver bars 9 Perth mint", "1", "3,4", "", "", "2"},
-    {"silver bars 10 RCM", "1", "3,4", "", "", "1"},
-    {"silver bars 11 Scottsdale", "1", "3,4", "", "", "27"},
     {"silver bars 12 Southern Cross", "1", "3,4", "", "", "-1"},
-    {"silver bars 13 Sunshine", "1", "3,4", "", "", "29"},
-    {"silver bars 14 Valcambi", "1", "3,4", "", "", "33"},
-    {"others 1 platinum Eagles", "2", "0,1,2", "Eagle", "", "32"},
-    {"others 2 platinum Maple leafs", "2", "0,1,2", "Maple leaf", "", "1"},
-    {"others 3 platinum Kangaroos", "2", "0,1,2", "Kangaroo", "", "2"},
     {"others 4 platinum Britannias", "2", "0,1,2", "Platinum Britannias", "", "4"},
-    {"others 5 platinum Queen's beasts", "2", "0,1,2", "Queen's Beasts", "", "4"},
-    {"others 6 platinum Elephants", "2", "0,1,2", "Somalia Elephant", "", ""},
-    {"others 7 platinum Krugerrands", "2", "0,1,2", "Krugerrands", "", "31"},
-    {"others 8 platinum Pandas", "2", "0,1,2", "Panda", "", "8"},
-    {"others 9 platinum Philharmonics", "2", "0,1,2", "Philharmonics", "", "3"},
-    {"others 10 platinum Argor Heraeus", "2", "3,4", "", "", "6"},
-    {"others 11 platinum Credit Suisse", "2", "3,4", "", "", "9"},
-    {"others 12 platinum APMEX", "2", "3,4", "", "", "69"},
-    {"others 13 platinum Engelhard", "2", "3,4", "", "", "11"},
-    {"others 14 platinum Johnson Matthey", "2", "3,4", "", "", "17"},
-    {"others 15 platinum PAMP Suisse", "2", "3,4", "", "", "22"},
-    {"others 17 platinum Valcambi", "2", "3,4", "", "", "33"},
-    {"others 18 palladium Eagles", "3", "0,1,2", "Eagle", "", "32"},
-    {"others 19 palladium Maple leafs", "3", "0,1,2", "Maple leaf", "", "1"},
-    {"others 20 palladium APMEX", "3", "3,4", "", "", "69"},
-    {"others 21 palladium Credit Suisse", "3", "3,4", "", "", "9"},
-    {"others 22 palladium Argor Heraeus", "3", "3,4", "", "", "6"},
-    {"others 23 palladium Johnson Matthey", "3", "3,4", "", "", "17"},
-    {"others 24 palladium PAMP Suisse", "3", "3,4", "", "", "22"},
     {"others 25 palladium Valcambi", "3", "3,4", "", "", "33"},
 };
 
@@ -230,83 +142,57 @@ private slots:
         for (int i = 1; i < eagles.size(); ++i)
             QVERIFY(eagles[i - 1].toObject()["weight"].toInt() >= eagles[i].toObject()["weight"].toInt());
     }
-    void keywordPhrases_data()
+    // Keywords (phrases, stems, folded diacritics) and weight and year ranges: every result fits,
+    // and there are at least so many (none at all when 0).
+    void searchResults_data()
     {
         QTest::addColumn<QString>("query");
-        QTest::addColumn<QString>("mustContain"); // every name; empty: the reply must be empty
-        QTest::addColumn<int>("atLeast");
-        AddRow("phrase, encoded quotes", "keywords=%22Maple+leaf%22", "Maple Leaf", 10);
-        AddRow("phrase out of order finds nothing", "keywords=%22leaf+maple%22", "", 0);
-        AddRow("URL-encoded 1/10 oz maple", "keywords=1%2F10+oz+maple", "1/10 oz", 2);
-        AddRow("blanks as %20", "keywords=Queen%27s%20Beasts%20Lion", "Lion of England", 3);
-        AddRow("plural finds singular", "keywords=Krugerrands", "Krugerrand", 6);
-        AddRow("phrase and word", "keywords=%22Year+of+the+Pig%22+silver", "Year of the Pig", 2);
-        AddRow("non-ASCII text", "keywords=Z%C3%BCrich+%E7%86%8A%E7%8C%AB", "", 0);
-        AddRow("diacritics folded", "keywords=Kr%C3%BCgerrand", "Krugerrand", 6);
-        AddRow("punctuation only", "keywords=%21%21+%26%26", "", 0);
-        AddRow("no criteria at all", "keywords=", "", 0);
-        AddRow("quote inside a word", "keywords=Ma%22ple", "", 0);
-    }
-    void keywordPhrases()
-    {
-        QFETCH(QString, query);
-        QFETCH(QString, mustContain);
-        QFETCH(int, atLeast);
-        const QJsonArray results = Search(query);
-        if (mustContain.isEmpty()) {
-            QCOMPARE(results.size(), 0);
-            return;
-        }
-        QVERIFY2(results.size() >= atLeast, qPrintable(QString::number(results.size())));
-        for (const QJsonValue& value : results)
-            QVERIFY2(value.toObject()["Name"].toString().contains(mustContain, Qt::CaseInsensitive),
-                     qPrintable(value.toObject()["Name"].toString()));
-    }
-    void weightAndYearRanges_data()
-    {
-        QTest::addColumn<QString>("query");
+        QTest::addColumn<QString>("inName");
         QTest::addColumn<double>("minG");
         QTest::addColumn<double>("maxG"); // 0: no upper bound
         QTest::addColumn<int>("minYear");
         QTest::addColumn<int>("maxYear"); // 0: no upper bound
         QTest::addColumn<int>("atLeast");
-        AddRow("1/10 oz", "keywords=&weight_oz_range=[0.10,0.10]", 3.0, 3.2, 0, 0, 8);
-        AddRow("1/4 to 1/2 oz gold", "keywords=&metals=[0]&weight_oz_range=[0.25,0.50]", 7.7, 15.6, 0, 0, 10);
-        AddRow("oz from 10, no upper bound", "keywords=&weight_oz_range=[10.00,0.00]", 311.0, 0.0, 0, 0, 8);
-        AddRow("grams from 10, upper 0 means none", "keywords=&weight_g_range=[10.00,0.00]", 9.99, 0.0, 0, 0,
-               150);
-        AddRow("decimal comma", "keywords=bar&weight_g_range=[1000,00,1000,00]", 999.9, 1000.1, 0, 0, 5);
-        AddRow("weights list (grams)", "keywords=&weights=[31.10,1000.00]&metals=[1]&coin_types=[3,4]", 31.0,
-               1000.1, 0, 0, 5);
-        AddRow("years from 2000", "keywords=&years_range=[2000,0]", 0.0, 0.0, 2000, 0, 100);
-        AddRow("up to 1933, unknown years left out", "keywords=&years_range=[0,1933]", 0.0, 0.0, 1, 1933, 8);
-        AddRow("year filter list", "keywords=&years_filter=[1986,1987]", 0.0, 0.0, 1986, 1987, 2);
-        AddRow("reversed range is empty", "keywords=&weight_g_range=[100.00,10.00]", 0.0, 0.0, 0, 0, 0);
+        AddRow("phrase, encoded quotes", "keywords=%22Maple+leaf%22", "Maple Leaf", 0.0, 0.0, 0, 0, 10);
+        AddRow("phrase out of order finds nothing", "keywords=%22leaf+maple%22", "", 0.0, 0.0, 0, 0, 0);
+        AddRow("plural finds singular", "keywords=Krugerrands", "Krugerrand", 0.0, 0.0, 0, 0, 6);
+        AddRow("phrase and word", "keywords=%22Year+of+the+Pig%22+silver", "Year of the Pig", 0.0, 0.0, 0, 0,
+               2);
+        AddRow("non-ASCII text", "keywords=Z%C3%BCrich+%E7%86%8A%E7%8C%AB", "", 0.0, 0.0, 0, 0, 0);
+        AddRow("diacritics folded", "keywords=Kr%C3%BCgerrand", "Krugerrand", 0.0, 0.0, 0, 0, 6);
+        AddRow("no criteria at all", "keywords=", "", 0.0, 0.0, 0, 0, 0);
+        AddRow("1/10 oz", "keywords=&weight_oz_range=[0.10,0.10]", "", 3.0, 3.2, 0, 0, 8);
+        AddRow("grams from 10, upper 0 means none", "keywords=&weight_g_range=[10.00,0.00]", "", 9.99, 0.0, 0,
+               0, 150);
+        AddRow("decimal comma", "keywords=bar&weight_g_range=[1000,00,1000,00]", "", 999.9, 1000.1, 0, 0, 5);
+        AddRow("weights list (grams)", "keywords=&weights=[31.10,1000.00]&metals=[1]&coin_types=[3,4]", "",
+               31.0, 1000.1, 0, 0, 5);
+        AddRow("years from 2000", "keywords=&years_range=[2000,0]", "", 0.0, 0.0, 2000, 0, 100);
+        AddRow("up to 1933, unknown years left out", "keywords=&years_range=[0,1933]", "", 0.0, 0.0, 1, 1933,
+               8);
+        AddRow("reversed range is empty", "keywords=&weight_g_range=[100.00,10.00]", "", 0.0, 0.0, 0, 0, 0);
     }
-    void weightAndYearRanges()
+    void searchResults()
     {
         QFETCH(QString, query);
+        QFETCH(QString, inName);
         QFETCH(double, minG);
         QFETCH(double, maxG);
         QFETCH(int, minYear);
         QFETCH(int, maxYear);
         QFETCH(int, atLeast);
         const QJsonArray results = Search(query);
-        QVERIFY2(results.size() >= atLeast, qPrintable(QString::number(results.size())));
-        if (atLeast == 0)
-            QCOMPARE(results.size(), 0);
+        QVERIFY2(atLeast > 0 ? results.size() >= atLeast : results.isEmpty(),
+                 qPrintable(QString::number(results.size())));
         for (const QJsonValue& value : results) {
             const QJsonObject item = value.toObject();
             const double grams = item["WeightG"].toDouble();
             const int year = item["Year"].toInt();
             const QByteArray what = item["Name"].toString().toUtf8() + " " + QByteArray::number(grams) +
                                     " g " + QByteArray::number(year);
-            QVERIFY2(grams >= minG, what);
-            if (maxG > 0)
-                QVERIFY2(grams <= maxG, what);
-            QVERIFY2(year >= minYear, what);
-            if (maxYear > 0)
-                QVERIFY2(year <= maxYear, what);
+            QVERIFY2(item["Name"].toString().contains(inName, Qt::CaseInsensitive), what);
+            QVERIFY2(grams >= minG && (maxG == 0 || grams <= maxG), what);
+            QVERIFY2(year >= minYear && (maxYear == 0 || year <= maxYear), what);
         }
     }
     void spotPrices_data()
@@ -314,12 +200,9 @@ private slots:
         QTest::addColumn<QString>("currency");
         QTest::addColumn<int>("count");
         AddRow("USD", "USD", 6);
-        AddRow("JPY", "JPY", 6);
         AddRow("ZWL, last of the list", "ZWL", 6);
         AddRow("unknown currency", "XYZ", 0);
         AddRow("lower case is unknown", "usd", 0);
-        AddRow("empty entry of the list", "", 0);
-        AddRow("metal code is no currency", "XAU", 0);
         AddRow("injection attempt", "USD%27%20OR%201=1", 0);
     }
     void spotPrices()
@@ -346,8 +229,8 @@ private slots:
         codes.sort();
         QCOMPARE(codes, QStringList({"XAG", "XAU", "XCU", "XPD", "XPT", "XRH"}));
 
-        // The currency is applied: gold in yen is far above gold in dollars.
-        if (currency == "JPY") {
+        // The currency is applied: gold in Zimbabwe dollars is far above gold in US dollars.
+        if (currency == "ZWL") {
             const QJsonArray usd = DecipherArray(HttpGet(m_manager, Url("/orv/spot.php?currency=USD")).Body);
             const auto gold = [](const QJsonArray& list) {
                 for (const QJsonValue& v : list)
@@ -358,23 +241,9 @@ private slots:
             QVERIFY(gold(prices) > 100 * gold(usd));
         }
     }
-    void replyDeciphersWithOpenSsl()
+    // The same request twice: different IVs, the same text.
+    void repliesDifferInTheirIV()
     {
-        if (!HaveProgram("openssl"))
-            QSKIP("no openssl command line");
-        const QByteArray key = OpenSslKey(PayloadKeyA, PayloadKeyB);
-        QCOMPARE(key.size(), 32);
-        for (const QString& path : {QString("/orv/spot.php?currency=GBP"),
-                                    QString("/orv/search.php?action=search-coins&keywords=Britannia")}) {
-            const TReply reply = HttpGet(m_manager, Url(path));
-            QCOMPARE(reply.Status, 200);
-            QVERIFY(reply.Body.size() > 32);
-            const QByteArray clear = OpenSslEnc(true, key, reply.Body.left(16), reply.Body.mid(16));
-            QVERIFY2(clear.startsWith("[{"), clear.left(80).constData());
-            QCOMPARE(clear, Decipher(reply.Body));
-            QVERIFY(QJsonDocument::fromJson(clear).isArray());
-        }
-        // The same request twice: different IVs, the same text.
         const TReply first = HttpGet(m_manager, Url("/orv/spot.php?currency=CHF"));
         const TReply second = HttpGet(m_manager, Url("/orv/spot.php?currency=CHF"));
         QVERIFY(first.Body.left(16) != second.Body.left(16));
@@ -404,14 +273,11 @@ private slots:
     {
         QTest::addColumn<QByteArray>("target");
         AddRow("dot-dot", QByteArray("/orv/Images_Thumbs/../catalogue.db"));
-        AddRow("encoded dots", QByteArray("/orv/Images_Thumbs/%2e%2e/catalogue.db"));
-        AddRow("encoded slash", QByteArray("/orv/Images_Thumbs/..%2fcatalogue.db"));
         AddRow("all encoded", QByteArray("/orv/Images_Thumbs/%2e%2e%2f%2e%2e%2fetc%2fpasswd"));
         AddRow("double encoded", QByteArray("/orv/Images_Thumbs/%252e%252e%252fcatalogue.db"));
         AddRow("backslash", QByteArray("/orv/Images_Thumbs/..\\catalogue.db"));
         AddRow("encoded backslash", QByteArray("/orv/Images_Thumbs/..%5ccatalogue.db"));
         AddRow("absolute", QByteArray("/orv/Images_Large//etc/passwd"));
-        AddRow("folder itself", QByteArray("/orv/Images_Large/"));
         AddRow("NUL byte", QByteArray("/orv/Images_Large/a.jpg%00.txt"));
         AddRow("other folder", QByteArray("/orv/tls/server.key"));
         AddRow("catalogue file", QByteArray("/orv/catalogue.db"));
@@ -438,14 +304,9 @@ private slots:
     {
         QTest::addColumn<QString>("query");
         AddRow("unclosed bracket", "metals=[0&coin_types=[0]");
-        AddRow("nested brackets", "coin_types=[[0]]");
         AddRow("letters for a metal", "metals=[gold]");
         AddRow("metal out of range", "metals=[9]");
         AddRow("huge year", "years_range=[1,99999999999999999999]");
-        AddRow("one-value year range", "years_range=[2000]");
-        AddRow("huge weight", "weight_oz_range=[0.00,99999999999.00]");
-        AddRow("letters in a weight", "weight_oz_range=[one,two]");
-        AddRow("NUL in a list", "mints=[1%00]");
         AddRow("invalid UTF-8 keywords", "keywords=%FF%FE%FD");
         AddRow("very long keywords", "keywords=" + QString(5000, 'a'));
         AddRow("good and bad", "metals=[0]&coin_types=[x]&keywords=maple");
@@ -506,6 +367,58 @@ private slots:
             const QByteArray body = answers[i].mid(answers[i].indexOf("\r\n\r\n") + 4);
             QVERIFY(!DecipherArray(body).isEmpty());
         }
+    }
+
+    // What a client sends is capped ahead of the HTTP parser, and "Connection: close" is honoured.
+    void requestLimits_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<bool>("closed");
+        const QByteArray spot = "GET /orv/spot.php?currency=USD HTTP/1.1\r\nHost: 127.0.0.1\r\n";
+        AddRow("header line of 1 MB", spot + "X-Big: " + QByteArray(1 << 20, 'a') + "\r\n\r\n",
+               QByteArray("431"), true);
+        AddRow("URL of 1 MB", "GET /orv/" + QByteArray(1 << 20, 'a') + " HTTP/1.1\r\n\r\n", QByteArray("414"),
+               true);
+        AddRow("body of 100 MB announced",
+               "POST /orv/spot.php HTTP/1.1\r\nContent-Length: 104857600\r\n\r\n" + QByteArray(1 << 20, 'b'),
+               QByteArray("413"), true);
+        AddRow(
+            "chunked body",
+            QByteArray(
+                "POST /orv/spot.php HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhello\r\n0\r\n\r\n"),
+            QByteArray("411"), true);
+        AddRow("headers of 15 KB pass", spot + "X-Big: " + QByteArray(15000, 'a') + "\r\n\r\n",
+               QByteArray("200"), false);
+        AddRow("Connection: close", spot + "Connection: keep-alive, close\r\n\r\n", QByteArray("200"), true);
+        AddRow("HTTP/1.0 closes", QByteArray("GET /orv/spot.php?currency=USD HTTP/1.0\r\n\r\n"),
+               QByteArray("200"), true);
+        AddRow("HTTP/1.0 with keep-alive",
+               QByteArray("GET /orv/spot.php?currency=USD HTTP/1.0\r\nConnection: Keep-Alive\r\n\r\n"),
+               QByteArray("200"), false);
+    }
+    void requestLimits()
+    {
+        QFETCH(QByteArray, request);
+        QFETCH(QByteArray, status);
+        QFETCH(bool, closed);
+        const TRawAnswer answer = RawUntilClosed(m_server.Port(), request, 3000);
+        QVERIFY2(answer.Answer.startsWith("HTTP/1.1 " + status), answer.Answer.left(60).constData());
+        QCOMPARE(answer.Closed, closed);
+        QVERIFY(!Search("keywords=maple").isEmpty()); // the server goes on
+    }
+    void idleConnectionsAreClosed()
+    {
+        TServerProcess server;
+        QVERIFY2(server.Start({"--http", "--idle-timeout", "1"}), qPrintable(server.Failure()));
+        QElapsedTimer clock;
+        clock.start();
+        const TRawAnswer silent = RawUntilClosed(server.Port(), {}, 10000);
+        QVERIFY(silent.Closed && silent.Answer.isEmpty());
+        QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
+        const TRawAnswer started = RawUntilClosed(server.Port(), "GET /orv/spot.php?curr", 10000);
+        QVERIFY2(started.Closed && started.Answer.startsWith("HTTP/1.1 408"), started.Answer.constData());
+        QTRY_VERIFY(server.Output().contains("\"- -\" 408 "));
     }
 
     void accessLogNamesEachRequest()

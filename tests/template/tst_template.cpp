@@ -129,24 +129,6 @@ private slots:
             QVERIFY(cells.at(4).startsWith("http") && !cells.at(5).isEmpty());
         }
     }
-    void privateFlags()
-    {
-        const QSet<int> privateMints = {5,  6,  7,  9,  11, 12, 13, 14, 17, 22, 24, 27, 29, 33, 35, 36, 37,
-                                        38, 39, 40, 41, 43, 44, 45, 46, 47, 48, 49, 50, 51, 52, 53, 58, 67};
-        const QJsonArray rows =
-            query("SELECT ID, IsPrivate, typeof(IsPrivate) AS t FROM tblMints ORDER BY ID");
-        QCOMPARE(rows.size(), 67);
-        for (const QJsonValue row : rows) {
-            const int id = row["ID"].toInt();
-            if (privateMints.contains(id)) {
-                QCOMPARE(row["t"].toString(), QString("integer"));
-                QCOMPARE(row["IsPrivate"].toInt(), 1);
-            } else {
-                // NULL, not 0.
-                QVERIFY2(row["t"].toString() == "null", qPrintable(QString("mint %1").arg(id)));
-            }
-        }
-    }
     void logos()
     {
         const QJsonArray missing = query("SELECT ID FROM tblMints WHERE Logo IS NULL ORDER BY ID");

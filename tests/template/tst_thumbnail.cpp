@@ -114,12 +114,10 @@ private slots:
     void thumbnail();
     void uprightByOrientation();
     void thumbnailOfVariant();
-    void nullGivesNull();
     void unreadableRaises_data();
     void unreadableRaises();
     void blankChoice_data();
     void blankChoice();
-    void barSameBothSides();
     void allBlankPictures_data();
     void allBlankPictures();
     void blankThumbnail_data();
@@ -134,13 +132,13 @@ void TestThumbnail::width_data()
     QTest::addColumn<int>("h");
     QTest::addColumn<int>("expected");
     QTest::newRow("wide, scaled up") << 100 << 50 << 400;
-    QTest::newRow("tall") << 1000 << 3000 << 67;
     QTest::newRow("4:3 photo") << 4000 << 3000 << 267;
     QTest::newRow("already 200 high") << 321 << 200 << 321;
     QTest::newRow("tie rounds down to even") << 5 << 400 << 2;
     QTest::newRow("tie rounds up to even") << 7 << 400 << 4;
     QTest::newRow("tie at 0.5 gives at least one pixel") << 1 << 400 << 1;
     QTest::newRow("very thin") << 1 << 5000 << 1;
+    QTest::newRow("beyond int") << 2000000000 << 1 << 2147483647;
 }
 
 void TestThumbnail::width()
@@ -158,9 +156,7 @@ void TestThumbnail::thumbnail_data()
     QTest::addColumn<QByteArray>("format");
     QTest::addColumn<QSize>("expected");
     QTest::newRow("png 100x50") << 100 << 50 << QByteArray("png") << QSize(400, 200);
-    QTest::newRow("png 1000x3000") << 1000 << 3000 << QByteArray("png") << QSize(67, 200);
     QTest::newRow("jpeg 100x50") << 100 << 50 << QByteArray("jpeg") << QSize(400, 200);
-    QTest::newRow("jpeg 1000x3000") << 1000 << 3000 << QByteArray("jpeg") << QSize(67, 200);
     QTest::newRow("jpeg 4000x3000") << 4000 << 3000 << QByteArray("jpeg") << QSize(267, 200);
     QTest::newRow("jpeg 1001x777") << 1001 << 777 << QByteArray("jpeg") << QSize(258, 200);
     QTest::newRow("bmp 640x480") << 640 << 480 << QByteArray("bmp") << QSize(267, 200);
@@ -204,41 +200,44 @@ void TestThumbnail::uprightByOrientation()
     QCOMPARE(sizeOf(thumb), QSize(50, 200));
 }
 
+// NULL in, NULL out: empty bytes, an invalid value, and a NULL blob as the data layer hands it over.
 void TestThumbnail::thumbnailOfVariant()
 {
     const QVariant thumb = MakeThumbnail(QVariant(makePicture(300, 600, "png")));
-    QVERIFY(thumb.isValid());
     QCOMPARE(thumb.typeId(), QMetaType::QByteArray);
     QCOMPARE(sizeOf(thumb.toByteArray()), QSize(100, 200));
-}
-
-void TestThumbnail::nullGivesNull()
-{
     QVERIFY(MakeThumbnail(QByteArray()).isNull());
     QVERIFY(!MakeThumbnail(QVariant()).isValid());
-    // A NULL blob as the database layer hands it over: typed, but null.
     QVERIFY(MakeThumbnail(QVariant(QMetaType::fromType<QByteArray>())).isNull());
 }
 
 void TestThumbnail::unreadableRaises_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("garbage") << QByteArray("this is not a picture at all, just some text");
-    QTest::newRow("empty") << QByteArray("");
-    QByteArray png = makePicture(400, 300, "png");
-    QTest::newRow("truncated png") << png.left(60);
-    QByteArray jpeg = makePicture(400, 300, "jpeg");
-    QTest::newRow("jpeg header only") << jpeg.left(20);
+    QTest::addColumn<QByteArray>("message");
+    const QByteArray unreadable = "The picture cannot be read";
+    QTest::newRow("garbage") << QByteArray("this is not a picture at all, just some text") << unreadable;
+    QTest::newRow("empty") << QByteArray("") << unreadable;
+    QTest::newRow("truncated png") << makePicture(400, 300, "png").left(60) << unreadable;
+    QTest::newRow("jpeg header only") << makePicture(400, 300, "jpeg").left(20) << unreadable;
+    // Its thumbnail would be 200,000,000 pixels wide: refused before anything is allocated.
+    QImage strip(1000000, 1, QImage::Format_Mono);
+    strip.fill(1);
+    QTest::newRow("png 1,000,000 x 1")
+        << pngOf(strip) << QByteArray("The picture is too wide for a thumbnail");
+    QTest::newRow("jpeg 20,000 x 300")
+        << makePicture(20000, 300, "jpeg") << QByteArray("The picture is too wide for a thumbnail");
 }
 
 void TestThumbnail::unreadableRaises()
 {
     QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, message);
     try {
         MakeThumbnail(bytes);
         QFAIL("no exception for an unreadable picture");
     } catch (const EThumbnailError& e) {
-        QVERIFY(QByteArray(e.what()).startsWith("The picture cannot be read"));
+        QVERIFY2(QByteArray(e.what()).startsWith(message), e.what());
     }
     // Through the field-value overload too.
     QVERIFY_THROWS_EXCEPTION(EThumbnailError, MakeThumbnail(QVariant(bytes)));
@@ -252,20 +251,14 @@ void TestThumbnail::blankChoice_data()
     QTest::addColumn<QString>("expected");
     QTest::newRow("gold coin obverse") << 0 << 0 << true << "iBlankCoinGoldObverse";
     QTest::newRow("gold coin reverse") << 0 << 0 << false << "iBlankCoinGoldReverse";
-    QTest::newRow("silver rect coin") << 1 << 1 << true << "iBlankCoinSilverObverse";
     QTest::newRow("platinum round reverse") << 2 << 2 << false << "iBlankCoinPlatinumReverse";
-    QTest::newRow("palladium coin") << 3 << 0 << true << "iBlankCoinPalladiumObverse";
-    QTest::newRow("rhodium coin reverse") << 4 << 0 << false << "iBlankCoinRhodiumReverse";
     QTest::newRow("copper round") << 5 << 2 << true << "iBlankCoinCopperObverse";
     QTest::newRow("gold bar obverse") << 0 << 3 << true << "iBlankBarGold";
-    QTest::newRow("gold bar reverse") << 0 << 3 << false << "iBlankBarGold";
     QTest::newRow("silver divisible bar") << 1 << 4 << false << "iBlankBarSilver";
     QTest::newRow("copper bar") << 5 << 3 << true << "iBlankBarCopper";
     QTest::newRow("metal 9") << 9 << 0 << true << "iBlankCoinGoldObverse";
-    QTest::newRow("metal 9 bar reverse") << 9 << 3 << false << "iBlankCoinGoldReverse";
     QTest::newRow("metal -1") << -1 << 0 << false << "iBlankCoinGoldReverse";
     QTest::newRow("type 7") << 1 << 7 << true << "iBlankCoinGoldObverse";
-    QTest::newRow("type 7 reverse") << 5 << 7 << false << "iBlankCoinGoldReverse";
     QTest::newRow("type -1") << 2 << -1 << true << "iBlankCoinGoldObverse";
 }
 
@@ -281,16 +274,6 @@ void TestThumbnail::blankChoice()
     QFile named(":/blank/" + expected);
     QVERIFY(named.open(QIODevice::ReadOnly));
     QCOMPARE(bytes, named.readAll());
-}
-
-void TestThumbnail::barSameBothSides()
-{
-    QCOMPARE(BlankPicture(0, 3, true), BlankPicture(0, 3, false));
-    QCOMPARE(BlankPicture(2, 4, true), BlankPicture(2, 3, false));
-    QVERIFY(BlankPicture(0, 0, true) != BlankPicture(0, 0, false));
-    QVERIFY(BlankPicture(0, 3, true) != BlankPicture(1, 3, true));
-    QCOMPARE(BlankPicture(9, 7, true), BlankPicture(0, 0, true));
-    QCOMPARE(BlankPicture(0, 7, false), BlankPicture(0, 0, false));
 }
 
 void TestThumbnail::allBlankPictures_data()

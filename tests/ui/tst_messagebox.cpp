@@ -60,11 +60,8 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("result");
         QTest::newRow("yes") << int(mbYes) << "Ja" << int(mrYes);
-        QTest::newRow("no") << int(mbNo) << "Nein" << int(mrNo);
         QTest::newRow("cancel") << int(mbCancel) << "Abbrechen" << int(mrCancel);
-        QTest::newRow("all") << int(mbAll) << "Alle" << int(mrAll);
         QTest::newRow("yes to all") << int(mbYesToAll) << "Ja, alle" << int(mrYesToAll);
-        QTest::newRow("no to all") << int(mbNoToAll) << "Nein, keine" << int(mrNoToAll);
         QTest::newRow("close") << int(mbClose) << "Schließen" << int(mrClose);
     }
 
