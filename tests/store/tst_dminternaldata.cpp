@@ -397,28 +397,106 @@ private slots:
         }
     }
 
-    void refreshFollowsNewSpotPrices()
+    // New prices worked out in memory give exactly what a fresh read of the file gives: nulls, zero
+    // and missing prices, NULL and 0 quantities and prices, and an item in edit state meanwhile.
+    void revalueMatchesAFreshRead_data()
     {
-        Post({{"Name", "Eagle"}, {"Price", 900}});
-        QCOMPARE(F("SpotValue").asFloat(), 0.0);
-        QVERIFY(F("ROI").isNull());
-
-        SetSpot(mtGold, 2000);
-        // Nothing moves until the dataset is read again.
-        QCOMPARE(F("SpotValue").asFloat(), 0.0);
+        QTest::addColumn<QList<double>>("before"); // spot per metal code, 0 for none
+        QTest::addColumn<QList<double>>("after");
+        QTest::addColumn<bool>("editing");
+        AddRow("first prices", QList<double>{0, 0, 0, 0, 0, 0}, QList<double>{2000, 25, 900, 0, 0, 0.3},
+               false);
+        AddRow("to zero and none", QList<double>{2000, 25, 900, 0, 0, 0}, QList<double>{0, 0, 950, 0, 0, 0},
+               false);
+        AddRow("changed, one edited", QList<double>{2000, 25, 900, 0, 0, 0},
+               QList<double>{2100.5, 24, 900, 0, 0, 0}, true);
+    }
+    void revalueMatchesAFreshRead()
+    {
+        QFETCH(QList<double>, before);
+        QFETCH(QList<double>, after);
+        QFETCH(bool, editing);
+        Post({{"Name", "A"}, {"Metal", mtGold}, {"Qty", 2}, {"Price", 1800.0}, {"ExpectedPremium", 50.0}});
+        Post({{"Name", "B"},
+              {"Metal", mtSilver},
+              {"WeightGram", 1000.0},
+              {"Qty", {}},
+              {"Price", 900.0},
+              {"ExpectedPremium", {}}});
+        Post({{"Name", "C"}, {"Metal", mtPlatinum}, {"WeightGram", 10.0}, {"Qty", 0}, {"Price", 0.0}});
+        Post({{"Name", "D"}, {"Metal", mtCopper}, {"WeightGram", 5.0}, {"Qty", 3}, {"Price", {}}});
+        Post({{"Name", "E"}, {"Metal", mtGold}, {"WeightGram", 15.55}, {"Qty", 4}, {"Price", 950.0}});
+        const auto setSpots = [](const QList<double>& prices) {
+            SpotPrices().Clear();
+            for (int metal = 0; metal < prices.size(); ++metal)
+                if (prices[metal] > 0)
+                    SetSpot(metal, prices[metal]);
+        };
+        setSpots(before);
+        QVERIFY(m_dm->ConnectDatabase(m_path));
+        const QStringList old = ValueSnapshot();
+        if (editing) {
+            m_dm->qDS_Items->last();
+            m_dm->qDS_Items->edit();
+            F("Price").setAsFloat(1.0);
+        }
+        setSpots(after);
         QSignalSpy resets(m_dm->qDS_Items, &TDBDataset::afterReset);
-        m_dm->RefreshItems();
+        m_dm->RevalueItems();
         QCOMPARE(resets.size(), 1);
-        QVERIFY(SameNumber(F("SpotValue").asFloat(), 2000));
-        QVERIFY(SameNumber(F("ROI").asFloat(), 1100));
+        if (editing) {
+            QCOMPARE(F("Price").asFloat(), 1.0); // the edit buffer is left alone
+            m_dm->qDS_Items->cancel();
+        }
+        const QStringList revalued = ValueSnapshot();
+        QVERIFY(revalued != old);
+        QVERIFY(m_dm->ConnectDatabase(m_path));
+        QCOMPARE(revalued, ValueSnapshot());
+    }
 
-        // A pending edit is posted first.
-        m_dm->qDS_Items->edit();
-        F("Price").setAsFloat(1000);
-        m_dm->RefreshItems();
-        QCOMPARE(m_dm->qDS_Items->state(), TDatasetState::Browse);
-        QVERIFY(SameNumber(F("ROI").asFloat(), 1000));
-        QCOMPARE(SelectOnFile(m_path, "SELECT Price FROM tblCoins").toDouble(), 1000.0);
+    // Items posted (and being edited or typed) before the rows of a deferred connect arrive: kept,
+    // once each, with the record in work still in work.
+    void rowsPostedWhileTheLoadIsPendingAreKept_data()
+    {
+        QTest::addColumn<TDatasetState>("state");
+        AddRow("posted", TDatasetState::Browse);
+        AddRow("posted, then edited", TDatasetState::Edit);
+        AddRow("posted, another typed", TDatasetState::Insert);
+    }
+    void rowsPostedWhileTheLoadIsPendingAreKept()
+    {
+        QFETCH(TDatasetState, state);
+        AddItem("First", 1);
+        AddItem("Second", 2);
+        SetSpot(mtGold, 1000);
+        QVERIFY(m_dm->ConnectDatabase(m_path, TRowFetch::Deferred));
+        QVERIFY(m_dm->Connected() && m_dm->qDS_Items->rowsPending());
+        QCOMPARE(m_dm->qDS_Items->recordCount(), 0);
+        AddItem("While pending", TroyOunceGrams);
+        if (state == TDatasetState::Edit) {
+            m_dm->qDS_Items->edit();
+            F("Name").setAsString("Being edited");
+        } else if (state == TDatasetState::Insert) {
+            m_dm->qDS_Items->append();
+            F("Name").setAsString("Being typed");
+        }
+        QSignalSpy resets(m_dm->qDS_Items, &TDBDataset::afterReset);
+        m_dm->FetchPendingItems();
+        QCOMPARE(resets.size(), 1);
+        QVERIFY(!m_dm->qDS_Items->rowsPending());
+        QCOMPARE(m_dm->qDS_Items->state(), state);
+        QCOMPARE(m_dm->qDS_Items->recordCount(), state == TDatasetState::Insert ? 4 : 3);
+        if (state != TDatasetState::Browse)
+            QCOMPARE(F("Name").asString(), state == TDatasetState::Edit ? "Being edited" : "Being typed");
+        m_dm->qDS_Items->checkBrowseMode();
+        QStringList names;
+        for (m_dm->qDS_Items->first(); !m_dm->qDS_Items->eof(); m_dm->qDS_Items->next()) {
+            names << F("Name").asString();
+            QCOMPARE(F("SpotValue").asFloat(), F("WeightG").asFloat() / TroyOunceGrams * 1000);
+        }
+        QCOMPARE(names.join(','), SelectOnFile(m_path, "SELECT group_concat(Name) FROM tblCoins").toString());
+        m_dm->FetchPendingItems(); // nothing pending: nothing changes
+        QCOMPARE(m_dm->qDS_Items->recordCount(), names.size());
     }
 
     void requiredFieldFailure_data()
@@ -954,6 +1032,23 @@ private:
     }
 
     TDBField& F(const QString& name) { return m_dm->qDS_Items->fieldByName(name); }
+
+    // Every item's caption and money fields, as exact texts ("null" for NULL), in ID order.
+    QStringList ValueSnapshot()
+    {
+        QStringList rows;
+        TDBDataset& items = *m_dm->qDS_Items;
+        for (items.first(); !items.eof(); items.next()) {
+            QString row = F("Caption").asString();
+            for (const char* name : {"SpotValue", "LiquidationValue", "ROI", "SpotValuexQty",
+                                     "LiquidationValuexQty", "ROIxQty", "ROIPercent"}) {
+                const QVariant v = F(name).value();
+                row += '|' + (v.isNull() ? QString("null") : QString::number(v.toDouble(), 'g', 17));
+            }
+            rows << row;
+        }
+        return rows;
+    }
 
     QTemporaryDir m_dir;
     std::unique_ptr<TDM_InternalData> m_dm;
