@@ -3,6 +3,8 @@
 #include "uDBError.h"
 #include "uDBFilter.h"
 
+#include <QFileInfo>
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -33,6 +35,42 @@ bool isTextType(TFieldType type)
 {
     return type == TFieldType::String || type == TFieldType::Memo || type == TFieldType::Unknown;
 }
+
+// Reads the pages of a large file through a memory map for the length of a fetch of all rows: no
+// copy of each page out of the system's cache, and no call into the system per page. The map is
+// given up afterwards, so that it does not stay in the process beyond the fetch. Small files read as
+// they always do.
+class TMappedReads
+{
+public:
+    static constexpr qint64 kMinimumFileSize = 8 * 1024 * 1024;
+    static constexpr qint64 kMaximumMapSize = 0x7fff0000; // SQLite's own upper bound
+
+    TMappedReads(sqlite3* db, const QString& path) : m_db(db)
+    {
+        const qint64 size = path.isEmpty() ? 0 : QFileInfo(path).size();
+        if (size < kMinimumFileSize)
+            return;
+        m_mapped = pragma(std::min(size + 1024 * 1024, kMaximumMapSize));
+    }
+    ~TMappedReads()
+    {
+        if (m_mapped)
+            pragma(0);
+    }
+    TMappedReads(const TMappedReads&) = delete;
+    TMappedReads& operator=(const TMappedReads&) = delete;
+
+private:
+    bool pragma(qint64 size)
+    {
+        const QByteArray sql = "PRAGMA main.mmap_size = " + QByteArray::number(size);
+        return sqlite3_exec(m_db, sql.constData(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    }
+
+    sqlite3* m_db;
+    bool m_mapped = false;
+};
 
 // A sort key of one field of one record.
 struct KeyValue
@@ -643,6 +681,7 @@ void TDBDataset::fillBuilder(TDBRowBuilder& builder, const std::byte* base, cons
 
 void TDBDataset::fetchRows(TDBStatement& stmt)
 {
+    const TMappedReads mapped(db(), m_connection->databasePath());
     std::vector<TDBRowData> rows;
     rows.reserve(std::max<std::size_t>(m_rows.size(), 64));
     sqlite3_stmt* h = stmt.handle();
