@@ -264,13 +264,6 @@ private slots:
         Items().post();
         QCOMPARE(CoinRowsInFile(copy), 2);
         QCOMPARE(CoinRowsInFile(source), 1);
-
-        // Onto the open file: nothing changes.
-        const QByteArray bytes = ReadFile(copy);
-        Run(&TMainController::DBSaveAs, copy);
-        QVERIFY(m_controller->Connected());
-        QCOMPARE(ReadFile(copy), bytes);
-        QCOMPARE(m_controller->DocumentName(), "copy.db");
     }
 
     void saveAsWhileNotConnectedOnlyOpens_data()
@@ -306,34 +299,6 @@ private slots:
         QVERIFY(m_controller->CommandEnabled(TMainCommand::DBProperties));
         m_data->ADConnection->close();
         QVERIFY(!m_controller->CommandEnabled(TMainCommand::DBProperties));
-    }
-
-    void connectLastDatabase_data()
-    {
-        QTest::addColumn<QString>("kind");
-        AddRow("empty DBPath", "empty");
-        AddRow("deleted file", "missing");
-        AddRow("sound file", "sound");
-        AddRow("damaged file", "damaged");
-    }
-    void connectLastDatabase()
-    {
-        QFETCH(QString, kind);
-        if (kind == "missing")
-            DBPath = Path("deleted.db");
-        else if (kind == "sound")
-            DBPath = MakeCollection("last.db");
-        else if (kind == "damaged")
-            WriteFile(DBPath = Path("broken.db"), QByteArray(4096, '\x7f'));
-        const QString before = DBPath;
-        if (kind == "damaged")
-            QVERIFY_THROWS_EXCEPTION(EDatabaseError, m_controller->ConnectLastDatabase());
-        else
-            QCOMPARE(m_controller->ConnectLastDatabase(), kind == "sound");
-        QCOMPARE(m_controller->Connected(), kind == "sound");
-        QCOMPARE(m_controller->DocumentName(), kind == "sound" ? "last.db" : "");
-        QCOMPARE(QFileInfo(DBPath).absoluteFilePath(), QFileInfo(before).absoluteFilePath());
-        QCOMPARE(DBPath.isEmpty(), before.isEmpty());
     }
 
     void spotGlyph_data()
