@@ -236,6 +236,11 @@ bool TMainController::RefreshItemsForNewPrices()
     return true;
 }
 
+bool TMainController::ItemsPending() const
+{
+    return Connected() && m_data->qDS_Items->rowsPending();
+}
+
 int TMainController::ItemCount() const
 {
     if (!Connected() || !m_data->qDS_Items->active()) {

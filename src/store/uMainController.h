@@ -143,6 +143,8 @@ public:
 
     // Records in qDS_Items, or -1 when nothing is open.
     int ItemCount() const;
+    // The collection is open and its items are still to be read (a deferred connect).
+    bool ItemsPending() const;
 
 signals:
     void DocumentNameChanged(const QString& name);

@@ -374,6 +374,11 @@ void TORVMainForm::ShowDocumentName(const QString& name)
 
 void TORVMainForm::UpdateItemCount()
 {
+    // While the rows of the collection are still to come, say so rather than that there are none.
+    if (m_controller->ItemsPending()) {
+        m_lItems->setText(GetText(u"cSSplashLoadingData"_s));
+        return;
+    }
     const int count = m_controller->ItemCount();
     m_lItems->setText(count > 0 ? QLocale().toString(count) : GetText(u"cSNoDataToDisplay"_s));
 }

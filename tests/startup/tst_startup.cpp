@@ -253,6 +253,7 @@ private slots:
             bool RowsPending = false;
             int Rows = -1;
             QString Title;
+            QString Count;
             bool Splash = false;
         } atPaint;
         std::unique_ptr<QObject> probe;
@@ -262,6 +263,7 @@ private slots:
                 QVERIFY(atPaint.RowsPending);
                 QCOMPARE(atPaint.Rows, 0);
                 QCOMPARE(atPaint.Title, "many.db - Orvane");
+                QCOMPARE(atPaint.Count, "Loading data...");
                 QVERIFY(atPaint.Splash);
                 QCOMPARE(startup.MainForm()->Controller()->ItemCount(), 50);
                 QCOMPARE(startup.MainForm()->lItems()->text(), "50");
@@ -271,8 +273,11 @@ private slots:
                 probe.reset(new TEventProbe(form, QEvent::Paint, [&atPaint, &startup, form] {
                     if (atPaint.Seen)
                         return;
-                    atPaint = {true, form->Data().qDS_Items->rowsPending(),
-                               form->Data().qDS_Items->recordCount(), form->windowTitle(),
+                    atPaint = {true,
+                               form->Data().qDS_Items->rowsPending(),
+                               form->Data().qDS_Items->recordCount(),
+                               form->windowTitle(),
+                               form->lItems()->text(),
                                startup.SplashForm() != nullptr};
                 }));
             });
