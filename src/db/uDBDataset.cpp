@@ -207,6 +207,17 @@ bool wholeOfSlot(const std::byte* row, const TDBField& field, qint64* out)
 
 } // namespace
 
+bool TDBRecalcRecord::isNull(const TDBField& field) const
+{
+    const int i = field.index();
+    if (m_ds.m_fetchBuffer->assigned[std::size_t(i)] || m_ds.m_lazyBlob[std::size_t(i)])
+        return field.isNull();
+    for (const auto& [pendingField, value] : m_pending)
+        if (pendingField == i)
+            return !value.has_value();
+    return DBRow::isNull(m_row, i);
+}
+
 double TDBRecalcRecord::asFloat(const TDBField& field) const
 {
     const int i = field.index();
@@ -286,6 +297,10 @@ void TDBRecalcRecord::setFloat(const TDBField& field, std::optional<double> valu
     if (field.kind() != TFieldKind::Calculated || field.dataType() != TFieldType::Float)
         throw EDatabaseError(u"Field '%1' cannot be modified"_s.arg(field.fieldName()));
     const int i = field.index();
+    if (!m_inPlace) {
+        m_ds.m_fetchBuffer->set(std::size_t(i), value ? QVariant(*value) : QVariant());
+        return;
+    }
     for (auto& [pendingField, pendingValue] : m_pending) {
         if (pendingField == i) {
             pendingValue = value;
@@ -651,9 +666,9 @@ TDBRowData TDBDataset::finishRow(TDBRowBuilder& builder)
         keepNumberRoom(builder);
         return builder.build();
     }
-    // The handlers read the record from a scratch copy; what they set is added to the builder,
-    // which then makes the one stored row.
-    const std::byte* scratch = builder.buildScratch();
+    // The handlers read the record as the builder holds it; what they set is added behind it, and the
+    // row is then stored with one copy.
+    const std::byte* scratch = builder.rowSoFar();
     RecordBuffer local;
     RecordBuffer& buffer = m_fetchBuffer ? local : m_readBuffer;
     {
@@ -920,7 +935,7 @@ void TDBDataset::recalcRows(const std::function<void(TDBRecalcRecord&)>& calc)
     const bool tell = beginNotify();
     if (tell)
         emit beforeReset();
-    TDBRecalcRecord record(*this);
+    TDBRecalcRecord record(*this, true);
     RecordBuffer buffer;
     try {
         for (TDBRowData& stored : m_rows) {
@@ -966,6 +981,15 @@ void TDBDataset::recalcRows(const std::function<void(TDBRecalcRecord&)>& calc)
     if (tell)
         emit afterReset();
     notifyScroll();
+}
+
+TDBRecalcRecord TDBDataset::recordBeingRead()
+{
+    if (!m_fetchBuffer || !m_fetchRow)
+        throw EDatabaseError(u"No record is being read"_s);
+    TDBRecalcRecord record(*this, false);
+    record.m_row = const_cast<std::byte*>(m_fetchRow); // read only: writes go to the buffer
+    return record;
 }
 
 int TDBDataset::execSQL()
