@@ -358,6 +358,8 @@ private:
     // The values of base with those assigned in buffer over them.
     void fillBuilder(TDBRowBuilder& builder, const std::byte* base, const RecordBuffer& buffer) const;
     void runCalcFields(bool readRecord);
+    // CalcFields for the current stored record (after a cancelled edit).
+    void calcCurrentRow();
 
     // view
     void rebuildView(bool keepPosition);
