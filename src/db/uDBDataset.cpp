@@ -55,36 +55,6 @@ int compareKeyValues(const KeyValue& a, const KeyValue& b, bool caseInsensitive)
 
 } // namespace
 
-bool TDBDataset::RecordBuffer::any() const
-{
-    return std::any_of(assigned.begin(), assigned.end(), [](char c) { return c != 0; });
-}
-
-// Makes `row` the record that field reads and writes go to while OnReadRecord / OnCalcFields run.
-class TDBDataset::FetchScope
-{
-public:
-    FetchScope(TDBDataset& ds, const std::byte* row, RecordBuffer& buffer)
-        : m_ds(ds), m_prevRow(ds.m_fetchRow), m_prevBuffer(ds.m_fetchBuffer)
-    {
-        buffer.reset(ds.m_fields.size());
-        ds.m_fetchRow = row;
-        ds.m_fetchBuffer = &buffer;
-    }
-    ~FetchScope()
-    {
-        m_ds.m_fetchRow = m_prevRow;
-        m_ds.m_fetchBuffer = m_prevBuffer;
-    }
-    FetchScope(const FetchScope&) = delete;
-    FetchScope& operator=(const FetchScope&) = delete;
-
-private:
-    TDBDataset& m_ds;
-    const std::byte* m_prevRow;
-    RecordBuffer* m_prevBuffer;
-};
-
 // One packed record as the filter sees it.
 class TDBDataset::RowRecord : public TDBFilterRecord
 {
@@ -283,388 +253,6 @@ TDBField& TDBDataset::fieldByName(const QString& name) const
     return *field;
 }
 
-// --- Open / close -----------------------------------------------------------------------------
-
-void TDBDataset::setActive(bool value)
-{
-    if (value)
-        open();
-    else
-        close();
-}
-
-QString TDBDataset::keyColumnName() const
-{
-    if (!m_keyFields.isEmpty()) {
-        if (m_keyFields.contains(u';'))
-            throw EDatabaseError(u"Only one key field is supported: '%1'"_s.arg(m_keyFields));
-        return m_keyFields;
-    }
-    QString key;
-    int count = 0;
-    for (const TDBColumnInfo& c : m_tableColumns) {
-        if (c.pk > 0) {
-            key = c.name;
-            ++count;
-        }
-    }
-    return count == 1 ? key : QString();
-}
-
-QString TDBDataset::effectiveSQL(QSet<QString>* lazyColumns) const
-{
-    QString sql = TDBSqlText::quoteTypeHints(m_sql).trimmed();
-    while (sql.endsWith(u';'))
-        sql.chop(1);
-    lazyColumns->clear();
-    if (m_updateTableName.isEmpty() || keyColumnName().isEmpty())
-        return sql;
-    for (const TDBColumnInfo& c : m_tableColumns) {
-        bool blob = FieldTypeFromDeclaration(c.declType) == TFieldType::Blob;
-        if (!m_dynamicFields) {
-            const TDBField* declared = findField(c.name);
-            if (declared)
-                blob = declared->isBlob() && declared->kind() == TFieldKind::Stored;
-        }
-        if (blob)
-            lazyColumns->insert(c.name.toLower());
-    }
-    return TDBSqlText::excludeColumns(sql, m_updateTableName, m_tableColumns, *lazyColumns);
-}
-
-void TDBDataset::prepareFields(TDBStatement& stmt, const QSet<QString>& lazyColumns, bool createFields)
-{
-    const int columns = stmt.columnCount();
-    m_columnField.assign(std::size_t(columns), -1);
-    auto tableColumn = [&](const QString& name) -> const TDBColumnInfo* {
-        for (const TDBColumnInfo& c : m_tableColumns)
-            if (c.name.compare(name, Qt::CaseInsensitive) == 0)
-                return &c;
-        return nullptr;
-    };
-    int pkCount = 0;
-    for (const TDBColumnInfo& c : m_tableColumns)
-        pkCount += c.pk > 0 ? 1 : 0;
-
-    if (createFields) {
-        m_fields.clear();
-        QSet<QString> used;
-        for (int c = 0; c < columns; ++c) {
-            QString name;
-            QString hint;
-            TDBSqlText::splitTypeHint(stmt.columnName(c), &name, &hint);
-            QString unique = name;
-            for (int n = 1; used.contains(unique.toLower()); ++n)
-                unique = name + u"_"_s + QString::number(n);
-            used.insert(unique.toLower());
-            const QString decl = stmt.columnDeclType(c);
-            const TDBColumnInfo* info = m_updateTableName.isEmpty() ? nullptr : tableColumn(name);
-            const bool lazy = info && unique == name && lazyColumns.contains(name.toLower());
-            int size = 0;
-            TFieldType type = FieldTypeFromDeclaration(hint, &size);
-            if (type == TFieldType::Unknown)
-                type = FieldTypeFromDeclaration(lazy ? info->declType : decl, &size);
-            if (lazy)
-                type = TFieldType::Blob;
-            TFieldKind kind = TFieldKind::Stored;
-            if (!m_updateTableName.isEmpty() && !(info && (lazy || !decl.isEmpty()) && unique == name))
-                kind = TFieldKind::Computed;
-            auto field = std::make_unique<TDBField>(this, unique, type, kind, size);
-            if (info && kind == TFieldKind::Stored) {
-                if (info->pk > 0 && pkCount == 1 &&
-                    info->declType.trimmed().compare(u"INTEGER"_s, Qt::CaseInsensitive) == 0) {
-                    field->setDataType(TFieldType::AutoInc);
-                    field->setReadOnly(true);
-                } else {
-                    field->setRequired(info->notNull && !info->hasDefault && info->pk == 0);
-                }
-            }
-            field->setIndex(int(m_fields.size()));
-            m_columnField[std::size_t(c)] = lazy ? -1 : field->index();
-            m_fields.push_back(std::move(field));
-        }
-        rebuildFieldIndex();
-    } else {
-        QHash<QString, int> columnByName;
-        for (int c = 0; c < columns; ++c) {
-            QString name;
-            TDBSqlText::splitTypeHint(stmt.columnName(c), &name, nullptr);
-            if (!columnByName.contains(name.toLower()))
-                columnByName.insert(name.toLower(), c);
-        }
-        for (const auto& field : m_fields) {
-            if (field->kind() == TFieldKind::Calculated || field->kind() == TFieldKind::Internal)
-                continue;
-            const QString lower = field->fieldName().toLower();
-            if (field->isBlob() && lazyColumns.contains(lower))
-                continue; // read by key, from the update table
-            const int c = columnByName.value(lower, -1);
-            if (c < 0)
-                throw EDatabaseError(u"Field '%1' not found"_s.arg(field->fieldName()));
-            m_columnField[std::size_t(c)] = field->index();
-        }
-    }
-
-    m_lazyBlob.assign(m_fields.size(), 0);
-    for (const auto& field : m_fields)
-        if (field->isBlob() && field->kind() == TFieldKind::Stored &&
-            lazyColumns.contains(field->fieldName().toLower()))
-            m_lazyBlob[std::size_t(field->index())] = 1;
-
-    m_keyField = -1;
-    const QString key = m_updateTableName.isEmpty() ? m_keyFields : keyColumnName();
-    if (!key.isEmpty()) {
-        const TDBField* keyField = findField(key);
-        if (!keyField)
-            throw EDatabaseError(u"Field '%1' not found"_s.arg(key));
-        m_keyField = keyField->index();
-    }
-    m_rowBuilder.reset(int(m_fields.size()));
-    m_blobStatements.clear();
-    m_blobStatements.resize(m_fields.size());
-}
-
-TDBRowData TDBDataset::readStatementRow(sqlite3_stmt* h)
-{
-    m_rowBuilder.clear();
-    const int columns = int(m_columnField.size());
-    for (int c = 0; c < columns; ++c) {
-        const int f = m_columnField[std::size_t(c)];
-        if (f < 0)
-            continue;
-        switch (sqlite3_column_type(h, c)) {
-        case SQLITE_INTEGER:
-            m_rowBuilder.setInt(f, sqlite3_column_int64(h, c));
-            break;
-        case SQLITE_FLOAT:
-            m_rowBuilder.setDouble(f, sqlite3_column_double(h, c));
-            break;
-        case SQLITE_TEXT:
-            m_rowBuilder.setText(f, reinterpret_cast<const char*>(sqlite3_column_text(h, c)),
-                                 sqlite3_column_bytes(h, c));
-            break;
-        case SQLITE_BLOB:
-            m_rowBuilder.setBlob(f, sqlite3_column_blob(h, c), sqlite3_column_bytes(h, c));
-            break;
-        default:
-            break;
-        }
-    }
-    return m_rowBuilder.build();
-}
-
-TDBRowData TDBDataset::finishRow(TDBRowData raw)
-{
-    if (!m_events[EvReadRecord] && !m_events[EvCalcFields])
-        return raw;
-    RecordBuffer local;
-    RecordBuffer& buffer = m_fetchBuffer ? local : m_readBuffer;
-    {
-        FetchScope scope(*this, raw.get(), buffer);
-        fire(EvReadRecord);
-        fire(EvCalcFields);
-    }
-    if (!buffer.any())
-        return raw;
-    return rowFromBuffer(raw.get(), buffer);
-}
-
-TDBRowData TDBDataset::rowFromBuffer(const std::byte* base, const RecordBuffer& buffer) const
-{
-    TDBRowBuilder builder(int(m_fields.size()));
-    for (std::size_t i = 0; i < m_fields.size(); ++i) {
-        if (m_lazyBlob[i])
-            continue;
-        if (buffer.assigned.size() > i && buffer.assigned[i])
-            builder.setVariant(int(i), buffer.values[i]);
-        else
-            builder.copySlot(int(i), base, int(i));
-    }
-    return builder.build();
-}
-
-void TDBDataset::fetchRows(TDBStatement& stmt)
-{
-    std::vector<TDBRowData> rows;
-    sqlite3_stmt* h = stmt.handle();
-    {
-        TDBStatementResetter resetter(stmt);
-        while (stmt.step())
-            rows.push_back(finishRow(readStatementRow(h)));
-    }
-    m_rows.swap(rows);
-}
-
-void TDBDataset::resolveUnknownTypes()
-{
-    for (auto& field : m_fields) {
-        if (field->dataType() != TFieldType::Unknown)
-            continue;
-        TFieldType type = TFieldType::String;
-        for (const TDBRowData& row : m_rows) {
-            const DBRow::Tag tag = DBRow::tagOf(row.get(), field->index());
-            if (tag == DBRow::TagNull)
-                continue;
-            if (tag == DBRow::TagSmallInt || tag == DBRow::TagInt)
-                type = TFieldType::LargeInt;
-            else if (tag == DBRow::TagDouble)
-                type = TFieldType::Float;
-            else if (tag == DBRow::TagBlob)
-                type = TFieldType::Blob;
-            break;
-        }
-        field->setDataType(type);
-    }
-}
-
-void TDBDataset::open()
-{
-    if (active())
-        return;
-    if (!m_connection)
-        throw EDatabaseError(u"Dataset has no connection"_s);
-    fire(EvBeforeOpen);
-    const bool tell = beginNotify();
-    if (tell)
-        emit beforeReset();
-    try {
-        sqlite3* h = db();
-        m_tableColumns =
-            m_updateTableName.isEmpty() ? QList<TDBColumnInfo>() : m_connection->tableInfo(m_updateTableName);
-        if (!m_updateTableName.isEmpty() && m_tableColumns.isEmpty())
-            throw EDatabaseError(u"no such table: %1"_s.arg(m_updateTableName));
-        const bool createFields = m_fields.empty() || m_dynamicFields;
-        m_dynamicFields = createFields;
-        QSet<QString> lazy;
-        m_effectiveSQL = effectiveSQL(&lazy);
-        TDBStatement stmt(h, m_effectiveSQL);
-        if (stmt.isNull() || stmt.columnCount() == 0)
-            throw EDatabaseError(u"The statement returns no rows: %1"_s.arg(m_sql));
-        m_bindings.applyTo(stmt);
-        prepareFields(stmt, lazy, createFields);
-        parseIndexFieldNames();
-        if (m_filter)
-            bindFilter();
-        m_state = TDatasetState::Browse; // handlers of the first fetch see an open dataset
-        fetchRows(stmt);
-        resolveUnknownTypes();
-        rebuildView(false);
-    } catch (...) {
-        closeInternal();
-        if (tell)
-            emit afterReset();
-        throw;
-    }
-    m_cursor = m_view.empty() ? -1 : 0;
-    m_bof = true;
-    m_eof = m_view.empty();
-    if (tell)
-        emit afterReset();
-    notifyState();
-    fire(EvAfterOpen);
-    notifyScroll();
-    fire(EvAfterScroll);
-}
-
-void TDBDataset::closeInternal()
-{
-    m_state = TDatasetState::Inactive;
-    m_rows.clear();
-    m_view.clear();
-    m_cursor = -1;
-    m_eof = true;
-    m_bof = true;
-    m_buffer.reset(0);
-    m_modified = false;
-    m_blobCache.clear();
-    m_blobStatements.clear();
-    m_rereadStatement.reset();
-    m_columnField.clear();
-    m_lazyBlob.clear();
-    m_keyField = -1;
-    m_effectiveSQL.clear();
-    m_tableColumns.clear();
-    m_changedRows.clear();
-    if (m_dynamicFields) {
-        m_fields.clear();
-        m_dynamicFields = false;
-        rebuildFieldIndex();
-    }
-}
-
-void TDBDataset::close()
-{
-    if (!active())
-        return;
-    fire(EvBeforeClose);
-    const bool tell = beginNotify();
-    if (tell)
-        emit beforeReset();
-    closeInternal();
-    if (tell)
-        emit afterReset();
-    notifyState();
-    fire(EvAfterClose);
-}
-
-void TDBDataset::connectionClosing()
-{
-    try {
-        close();
-    } catch (...) {
-        // The connection goes away whatever a close handler says: release every statement.
-        const bool tell = beginNotify();
-        if (tell)
-            emit beforeReset();
-        closeInternal();
-        if (tell)
-            emit afterReset();
-    }
-}
-
-void TDBDataset::connectionDestroyed()
-{
-    connectionClosing();
-    m_connection = nullptr;
-}
-
-void TDBDataset::refresh()
-{
-    requireActive();
-    checkBrowseMode();
-    fire(EvBeforeRefresh);
-    const QVariant key = m_cursor >= 0 ? keyOfRow(currentRow()) : QVariant();
-    const int oldCursor = m_cursor;
-    const bool tell = beginNotify();
-    if (tell)
-        emit beforeReset();
-    try {
-        TDBStatement stmt(db(), m_effectiveSQL);
-        if (std::size_t(stmt.columnCount()) != m_columnField.size())
-            throw EDatabaseError(
-                u"The columns of the statement have changed; close and open the dataset again"_s);
-        m_bindings.applyTo(stmt);
-        fetchRows(stmt);
-        m_blobCache.clear();
-        rebuildView(false);
-    } catch (...) {
-        rebuildView(false);
-        if (tell)
-            emit afterReset();
-        throw;
-    }
-    int row = key.isNull() ? -1 : rowOfKey(key);
-    if (row < 0 && !m_view.empty())
-        row = std::clamp(oldCursor, 0, int(m_view.size()) - 1);
-    m_cursor = row;
-    m_bof = m_cursor <= 0;
-    m_eof = m_view.empty();
-    if (tell)
-        emit afterReset();
-    notifyScroll();
-    fire(EvAfterRefresh);
-}
-
 int TDBDataset::execSQL()
 {
     if (!m_connection)
@@ -778,21 +366,18 @@ void TDBDataset::setFieldValue(TDBField& field, const QVariant& value)
     if (m_fetchBuffer) {
         if (field.kind() != TFieldKind::Calculated && field.kind() != TFieldKind::Internal)
             throw EDatabaseError(u"Field '%1' cannot be modified"_s.arg(field.fieldName()));
-        m_fetchBuffer->values[i] = field.convertForWrite(value);
-        m_fetchBuffer->assigned[i] = 1;
+        m_fetchBuffer->set(i, field.convertForWrite(value));
         return;
     }
     if (m_state != TDatasetState::Edit && m_state != TDatasetState::Insert)
         throw EDatabaseError(u"Dataset not in edit or insert mode"_s);
     if (m_calculating && field.kind() == TFieldKind::Calculated) {
-        m_buffer.values[i] = field.convertForWrite(value);
-        m_buffer.assigned[i] = 1;
+        m_buffer.set(i, field.convertForWrite(value));
         return;
     }
     if (field.kind() == TFieldKind::Computed || field.readOnly())
         throw EDatabaseError(u"Field '%1' cannot be modified"_s.arg(field.fieldName()));
-    m_buffer.values[i] = field.convertForWrite(value);
-    m_buffer.assigned[i] = 1;
+    m_buffer.set(i, field.convertForWrite(value));
     m_modified = true;
     notifyRowChanged(m_cursor);
     field.fireChange();
@@ -1382,14 +967,13 @@ TDBRowData TDBDataset::rereadRow(const QVariant& key)
     TDBStatement& stmt = *m_rereadStatement;
     m_bindings.applyTo(stmt);
     stmt.bind(stmt.parameterCount(), key);
-    TDBRowData raw;
     {
         TDBStatementResetter resetter(stmt);
         if (!stmt.step())
             return TDBRowData();
-        raw = readStatementRow(stmt.handle());
+        readStatementRow(stmt.handle());
     }
-    return finishRow(std::move(raw));
+    return finishRow(m_rowBuilder);
 }
 
 void TDBDataset::post()
@@ -1407,9 +991,10 @@ void TDBDataset::post()
     if (!row) {
         // The statement does not select the record (a WHERE of its own): keep what was written,
         // with the key the file gave it.
-        m_buffer.values[std::size_t(m_keyField)] = key;
-        m_buffer.assigned[std::size_t(m_keyField)] = 1;
-        row = finishRow(rowFromBuffer(inserting ? nullptr : currentRow(), m_buffer));
+        m_buffer.set(std::size_t(m_keyField), key);
+        TDBRowBuilder builder(int(m_fields.size()));
+        fillBuilder(builder, inserting ? nullptr : currentRow(), m_buffer);
+        row = finishRow(builder);
     }
     if (inserting) {
         m_rows.push_back(std::move(row));
@@ -1468,16 +1053,7 @@ void TDBDataset::cancel()
         m_buffer.reset(m_fields.size());
         m_modified = false;
         setState(TDatasetState::Browse);
-        if (m_events[EvCalcFields]) {
-            const std::byte* original = currentRow();
-            RecordBuffer buffer;
-            {
-                FetchScope scope(*this, original, buffer);
-                fire(EvCalcFields);
-            }
-            if (buffer.any())
-                m_rows[m_view[std::size_t(m_cursor)]] = rowFromBuffer(original, buffer);
-        }
+        calcCurrentRow();
         notifyRowChanged(m_cursor);
     }
     fire(EvAfterCancel);

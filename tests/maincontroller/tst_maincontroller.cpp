@@ -1,12 +1,15 @@
 // The main window's logic without a screen: the database commands on real collection files with
 // canned dialog answers, the document name, the enablement rule, the spot button rules, the
-// re-read after new prices and the close query.
+// values after new prices (also from a real refresh against a local server) and the close query.
 
 #include "dmInternalData.h"
 #include "support_common.h"
 #include "support_datarow.h"
+#include "support_httpserver.h"
 #include "uDBError.h"
 #include "uMainController.h"
+#include "uPayloadCipher.h"
+#include "uPayloadKeys.h"
 #include "uSpot.h"
 #include "uTemplate.h"
 #include "uValuation.h"
@@ -73,6 +76,12 @@ TSpotPrice Spot(int metal, double price, double changeAbs, const QString& date =
     return {metal, price, "USD", date, changeAbs, "0"};
 }
 
+// The spot value of the current item: what new prices must reach.
+double SpotValue(TDBDataset& items)
+{
+    return items.fieldByName("SpotValue").asFloat();
+}
+
 } // namespace
 
 class TestMainController : public QObject
@@ -128,46 +137,36 @@ private slots:
     }
     void cleanupTestCase() { m_home.reset(); }
 
+    // New writes the template (over any file of that name, the open collection too, without asking)
+    // and opens it; its dialog is asked with the database filter, "db" and DefaultDBFolder.
+    void newMakesTheTemplateAndOpensIt_data()
+    {
+        QTest::addColumn<QString>("existing");
+        AddRow("no file yet", "");
+        AddRow("over a file that is no database", "text");
+        AddRow("over the open collection", "open");
+    }
     void newMakesTheTemplateAndOpensIt()
     {
+        QFETCH(QString, existing);
+        const QString file = Path("Vault.db");
+        if (existing == "open")
+            Run(&TMainController::DBOpen, MakeCollection("Vault.db", {"Maple Leaf"}));
+        else if (existing == "text")
+            WriteFile(file, "not a database at all");
+        m_dialogs.Requests.clear();
         QSignalSpy names(m_controller.get(), &TMainController::DocumentNameChanged);
         Run(&TMainController::DBNew, Path("Vault")); // no extension typed
-        const QString file = Path("Vault.db");
         QCOMPARE(ReadFile(file), NewBlankDatabaseBytes());
         QVERIFY(m_controller->Connected());
         QCOMPARE(m_controller->DocumentName(), "Vault.db");
-        QCOMPARE(names.count(), 1);
+        QCOMPARE(names.count(), existing == "open" ? 0 : 1);
         QCOMPARE(QFileInfo(DBPath), QFileInfo(file));
         QCOMPARE(m_controller->ItemCount(), 0);
-        // The dialog was asked with the database filter, "db" and the folder of DefaultDBFolder.
         QCOMPARE(m_dialogs.Requests.size(), 1);
         QCOMPARE(m_dialogs.Requests[0].Filter, "Database File (*.db)|*.db|All files (*.*)|*.*");
         QCOMPARE(m_dialogs.Requests[0].DefaultExt, "db");
         QCOMPARE(m_dialogs.Requests[0].InitialDir, m_dir->path());
-    }
-
-    // An existing file is replaced without asking, also the open one.
-    void newReplacesAnExistingFile_data()
-    {
-        QTest::addColumn<bool>("open");
-        AddRow("not a database", false);
-        AddRow("the open collection", true);
-    }
-    void newReplacesAnExistingFile()
-    {
-        QFETCH(bool, open);
-        const QString file = Path("old.db");
-        if (open) {
-            Run(&TMainController::DBOpen, MakeCollection("old.db", {"Maple Leaf"}));
-            QCOMPARE(m_controller->ItemCount(), 1);
-        } else {
-            WriteFile(file, "not a database at all");
-        }
-        Run(&TMainController::DBNew, file);
-        QVERIFY(m_controller->Connected());
-        QCOMPARE(m_controller->ItemCount(), 0);
-        QCOMPARE(QFileInfo(file).size(), qint64(NewBlankDatabaseBytes().size()));
-        QCOMPARE(CoinRowsInFile(file), 0);
     }
 
     void initialFolderIsReadAtEachUse()
@@ -255,13 +254,6 @@ private slots:
         Items().post();
         QCOMPARE(CoinRowsInFile(copy), 2);
         QCOMPARE(CoinRowsInFile(source), 1);
-
-        // Onto the open file: nothing changes.
-        const QByteArray bytes = ReadFile(copy);
-        Run(&TMainController::DBSaveAs, copy);
-        QVERIFY(m_controller->Connected());
-        QCOMPARE(ReadFile(copy), bytes);
-        QCOMPARE(m_controller->DocumentName(), "copy.db");
     }
 
     void saveAsWhileNotConnectedOnlyOpens_data()
@@ -297,34 +289,6 @@ private slots:
         QVERIFY(m_controller->CommandEnabled(TMainCommand::DBProperties));
         m_data->ADConnection->close();
         QVERIFY(!m_controller->CommandEnabled(TMainCommand::DBProperties));
-    }
-
-    void connectLastDatabase_data()
-    {
-        QTest::addColumn<QString>("kind");
-        AddRow("empty DBPath", "empty");
-        AddRow("deleted file", "missing");
-        AddRow("sound file", "sound");
-        AddRow("damaged file", "damaged");
-    }
-    void connectLastDatabase()
-    {
-        QFETCH(QString, kind);
-        if (kind == "missing")
-            DBPath = Path("deleted.db");
-        else if (kind == "sound")
-            DBPath = MakeCollection("last.db");
-        else if (kind == "damaged")
-            WriteFile(DBPath = Path("broken.db"), QByteArray(4096, '\x7f'));
-        const QString before = DBPath;
-        if (kind == "damaged")
-            QVERIFY_THROWS_EXCEPTION(EDatabaseError, m_controller->ConnectLastDatabase());
-        else
-            QCOMPARE(m_controller->ConnectLastDatabase(), kind == "sound");
-        QCOMPARE(m_controller->Connected(), kind == "sound");
-        QCOMPARE(m_controller->DocumentName(), kind == "sound" ? "last.db" : "");
-        QCOMPARE(QFileInfo(DBPath).absoluteFilePath(), QFileInfo(before).absoluteFilePath());
-        QCOMPARE(DBPath.isEmpty(), before.isEmpty());
     }
 
     void spotGlyph_data()
@@ -405,18 +369,66 @@ private slots:
         QCOMPARE(MetalDisplayName(7), QString());
     }
 
-    void newPricesReReadTheItems()
+    // New prices reach every item without reading the file: a row added behind the back stays
+    // unseen until the next read, and the views hear of it once.
+    void newPricesValueTheItemsInMemory()
     {
         QVERIFY(!m_controller->RefreshItemsForNewPrices()); // nothing open
-        const QString file = MakeCollection("prices.db");
+        const QString file = MakeCollection("prices.db", {"Kangaroo"});
         Run(&TMainController::DBOpen, file);
-        QCOMPARE(m_controller->ItemCount(), 0);
-        InsertCoinBehindTheBack(file, "Kangaroo");
+        QCOMPARE(SpotValue(Items()), 0.0);
+        InsertCoinBehindTheBack(file, "Behind the back");
+        SpotPrices().Add(Spot(mtSilver, 30, 0));
         QSignalSpy resets(m_data->qDS_Items, &TDBDataset::afterReset);
         QVERIFY(m_controller->RefreshItemsForNewPrices());
         QCOMPARE(m_controller->ItemCount(), 1);
-        QCOMPARE(resets.count(), 1); // one reset for the whole re-read
+        QCOMPARE(resets.count(), 1);
+        QCOMPARE(SpotValue(Items()), 30.0);
         QVERIFY(!Items().controlsDisabled());
+
+        // Items still to be read are valued as they arrive.
+        QVERIFY(m_controller->ConnectLastDatabase(TRowFetch::Deferred));
+        QVERIFY(!m_controller->RefreshItemsForNewPrices());
+        QVERIFY(m_controller->FetchPendingItems());
+        QVERIFY(!m_controller->FetchPendingItems());
+        QCOMPARE(m_controller->ItemCount(), 2);
+        for (Items().first(); !Items().eof(); Items().next())
+            QCOMPARE(SpotValue(Items()), 30.0);
+    }
+
+    // A refresh against a real server whose reply is held while the collection opens: the items end
+    // with the new prices, whether the reply comes after the rows or before them.
+    void collectionOpenedWhileAReplyIsInFlight_data()
+    {
+        QTest::addColumn<bool>("deferred");
+        AddRow("reply after the rows", false);
+        AddRow("reply before the rows", true);
+    }
+    void collectionOpenedWhileAReplyIsInFlight()
+    {
+        QFETCH(bool, deferred);
+        TTestHttpServer server;
+        QVERIFY(server.IsListening());
+        SettingsStore().SetStringValue("CatalogueServer", QString(), server.BaseURL());
+        Currency = "USD";
+        const QByteArray reply =
+            R"([{"BaseCurrency":"XAG","Price":32.5,"DateC":"now","ChangeAbs":1,"ChangePerc":"1"}])";
+        server.SetReply("/orv/spot.php", {200, EncryptBytes(reply, PayloadKeyA, PayloadKeyB), "held"});
+        SpotPrices().OnLoaded = [this](TSpotPrices*) { m_controller->RefreshItemsForNewPrices(); };
+        SpotPrices().Refresh();
+        QVERIFY(server.WaitForRequests("/orv/spot.php", 1, 10000));
+
+        DBPath = MakeCollection("flight.db", {"Maple", "Eagle"});
+        QVERIFY(m_controller->ConnectLastDatabase(deferred ? TRowFetch::Deferred : TRowFetch::Now));
+        server.Release("held");
+        QVERIFY(QTest::qWaitFor([] { return !SpotPrices().Busy; }, 20000));
+        SpotPrices().OnLoaded = nullptr;
+        QCOMPARE(SpotPrices().SpotPriceOf(mtSilver), 32.5);
+        QCOMPARE(m_controller->FetchPendingItems(), deferred);
+        QCOMPARE(m_controller->ItemCount(), 2);
+        for (Items().first(); !Items().eof(); Items().next())
+            QCOMPARE(SpotValue(Items()), 32.5);
+        SettingsStore().SetStringValue("CatalogueServer", QString(), QString());
     }
 
     void newPricesSkipAnEditedRow_data()
@@ -432,9 +444,10 @@ private slots:
         Run(&TMainController::DBOpen, file);
         insert ? Items().append() : Items().edit();
         Items().fieldByName("Name").setAsString("Being typed");
-        InsertCoinBehindTheBack(file, "Behind the back");
+        SpotPrices().Add(Spot(mtSilver, 30, 0));
         QVERIFY(!m_controller->RefreshItemsForNewPrices());
         QCOMPARE(Items().state(), insert ? TDatasetState::Insert : TDatasetState::Edit);
+        QCOMPARE(Items().fieldByName("SpotValue").asFloat(), 0.0); // the old price until the next read
         QCOMPARE(Items().fieldByName("Name").asString(), "Being typed");
         QVERIFY(!Items().controlsDisabled());
     }
