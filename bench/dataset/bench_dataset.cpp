@@ -1,6 +1,6 @@
-// Opens a dataset over 100,000 items of the collection's ~60 columns and compares it, in the
-// same run, with a bare sqlite3 loop stepping the same SELECT and reading every column.
-// Prints both times, their ratio and the peak memory (ru_maxrss).
+// Opens a dataset over 100,000 items of the collection's ~60 columns and compares it, round by
+// round, with a bare sqlite3 loop stepping the same SELECT and reading every column. Prints the
+// min/median/max of each, of their ratios, and the memory.
 //
 //   bench_dataset [--rows N] [--repeat N] [--file path]
 
@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -286,14 +287,14 @@ int main(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
     int rows = 100000;
-    int repeat = 3;
+    int repeat = 5;
     QString file;
     const QStringList args = app.arguments();
     for (qsizetype i = 1; i < args.size(); ++i) {
         if (args.at(i) == u"--rows"_s && i + 1 < args.size())
             rows = args.at(++i).toInt();
         else if (args.at(i) == u"--repeat"_s && i + 1 < args.size())
-            repeat = std::max(1, args.at(++i).toInt());
+            repeat = std::max(3, args.at(++i).toInt());
         else if (args.at(i) == u"--file"_s && i + 1 < args.size())
             file = args.at(++i);
         else {
@@ -318,34 +319,27 @@ int main(int argc, char* argv[])
     qint64 bareRows = 0;
     double checksum = 0;
     bareLoop(path, &bareRows, &checksum); // warms the file cache
-    const long baseKiB = long(PeakMemoryMiB() * 1024.0);
-    double bare = 1e300;
-    for (int i = 0; i < repeat; ++i)
-        bare = std::min(bare, bareLoop(path, &bareRows, &checksum));
-    const long afterBareKiB = long(PeakMemoryMiB() * 1024.0);
-
-    double dataset = 1e300;
+    // Rounds interleave the three, so that each ratio compares runs taken side by side.
+    std::vector<double> bare, dataset, withHandlers, ratio, ratioHandlers;
     int records = 0;
     for (int i = 0; i < repeat; ++i) {
+        bare.push_back(bareLoop(path, &bareRows, &checksum));
         const DatasetRun run = datasetOpen(file, false);
-        dataset = std::min(dataset, run.ms);
+        dataset.push_back(run.ms);
         records = run.records;
+        withHandlers.push_back(datasetOpen(file, true).ms);
+        ratio.push_back(dataset.back() / bare.back());
+        ratioHandlers.push_back(withHandlers.back() / bare.back());
     }
-    const long afterDatasetKiB = long(PeakMemoryMiB() * 1024.0);
-    double withHandlers = 1e300;
-    for (int i = 0; i < repeat; ++i)
-        withHandlers = std::min(withHandlers, datasetOpen(file, true).ms);
-    const long afterHandlersKiB = long(PeakMemoryMiB() * 1024.0);
-
-    std::printf("rows                      %lld (dataset records %d)\n", static_cast<long long>(bareRows),
-                records);
-    std::printf("bare sqlite3 loop         %8.1f ms\n", bare);
-    std::printf("dataset open              %8.1f ms   ratio %.2f\n", dataset, dataset / bare);
-    std::printf(
-        "dataset open + handlers   %8.1f ms   ratio %.2f  (internal + calculated fields per record)\n",
-        withHandlers, withHandlers / bare);
-    std::printf("peak memory (ru_maxrss)   %ld KiB after bare loop, %ld KiB after dataset (+%ld KiB), "
-                "%ld KiB after dataset with handlers\n",
-                afterBareKiB, afterDatasetKiB, afterDatasetKiB - baseKiB, afterHandlersKiB);
+    std::printf("rows                      %lld (dataset records %d), %d rounds\n",
+                static_cast<long long>(bareRows), records, repeat);
+    std::printf("bare sqlite3 loop         %s\n", qPrintable(StatsText(StatsOf(bare))));
+    std::printf("dataset open              %s\n", qPrintable(StatsText(StatsOf(dataset))));
+    std::printf("  ratio to the bare loop  %s\n", qPrintable(StatsText(StatsOf(ratio), u"x"_s, 2)));
+    std::printf("dataset open + handlers   %s\n", qPrintable(StatsText(StatsOf(withHandlers))));
+    std::printf("  ratio to the bare loop  %s  (internal + calculated fields per record)\n",
+                qPrintable(StatsText(StatsOf(ratioHandlers), u"x"_s, 2)));
+    std::printf("peak resident memory      %.0f MiB (VmHWM), private now %.0f MiB\n", PeakResidentMiB(),
+                AnonymousResidentMiB());
     return 0;
 }

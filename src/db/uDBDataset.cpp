@@ -3,9 +3,13 @@
 #include "uDBError.h"
 #include "uDBFilter.h"
 
+#include <QFileInfo>
+
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstring>
 
 using namespace Qt::StringLiterals;
 
@@ -32,6 +36,42 @@ bool isTextType(TFieldType type)
     return type == TFieldType::String || type == TFieldType::Memo || type == TFieldType::Unknown;
 }
 
+// Reads the pages of a large file through a memory map for the length of a fetch of all rows: no
+// copy of each page out of the system's cache, and no call into the system per page. The map is
+// given up afterwards, so that it does not stay in the process beyond the fetch. Small files read as
+// they always do.
+class TMappedReads
+{
+public:
+    static constexpr qint64 kMinimumFileSize = 8 * 1024 * 1024;
+    static constexpr qint64 kMaximumMapSize = 0x7fff0000; // SQLite's own upper bound
+
+    TMappedReads(sqlite3* db, const QString& path) : m_db(db)
+    {
+        const qint64 size = path.isEmpty() ? 0 : QFileInfo(path).size();
+        if (size < kMinimumFileSize)
+            return;
+        m_mapped = pragma(std::min(size + 1024 * 1024, kMaximumMapSize));
+    }
+    ~TMappedReads()
+    {
+        if (m_mapped)
+            pragma(0);
+    }
+    TMappedReads(const TMappedReads&) = delete;
+    TMappedReads& operator=(const TMappedReads&) = delete;
+
+private:
+    bool pragma(qint64 size)
+    {
+        const QByteArray sql = "PRAGMA main.mmap_size = " + QByteArray::number(size);
+        return sqlite3_exec(m_db, sql.constData(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    }
+
+    sqlite3* m_db;
+    bool m_mapped = false;
+};
+
 // A sort key of one field of one record.
 struct KeyValue
 {
@@ -55,9 +95,28 @@ int compareKeyValues(const KeyValue& a, const KeyValue& b, bool caseInsensitive)
 
 } // namespace
 
-bool TDBDataset::RecordBuffer::any() const
+void TDBDataset::RecordBuffer::reset(std::size_t count)
 {
-    return std::any_of(assigned.begin(), assigned.end(), [](char c) { return c != 0; });
+    if (values.size() != count) {
+        values.assign(count, QVariant());
+        assigned.assign(count, 0);
+        touched.clear();
+        return;
+    }
+    for (int i : touched) {
+        values[std::size_t(i)] = QVariant();
+        assigned[std::size_t(i)] = 0;
+    }
+    touched.clear();
+}
+
+void TDBDataset::RecordBuffer::set(std::size_t field, QVariant value)
+{
+    values[field] = std::move(value);
+    if (!assigned[field]) {
+        assigned[field] = 1;
+        touched.push_back(int(field));
+    }
 }
 
 // Makes `row` the record that field reads and writes go to while OnReadRecord / OnCalcFields run.
@@ -111,6 +170,130 @@ TDBDataset::~TDBDataset()
     // No events here: their handlers may belong to objects already gone.
     closeInternal();
     RebindConnectionClient(this, m_connection, nullptr);
+}
+
+// --- Recalculation record -----------------------------------------------------------------------
+
+namespace {
+
+// A field's value as its reader would convert it, for the number tags; false when the slow path
+// (through TDBField) has to decide.
+bool wholeOfSlot(const std::byte* row, const TDBField& field, qint64* out)
+{
+    const quint32 slot = DBRow::slotOf(row, field.index());
+    double d = 0.0;
+    switch (slot & 0xF) {
+    case DBRow::TagNull:
+    case DBRow::TagNullRoom:
+        *out = 0;
+        return true;
+    case DBRow::TagSmallInt:
+        *out = qint32(slot) >> 4;
+        break;
+    case DBRow::TagInt:
+        std::memcpy(out, row + (slot >> 4), 8);
+        break;
+    case DBRow::TagDouble:
+        std::memcpy(&d, row + (slot >> 4), 8);
+        *out = std::isfinite(d) ? qRound64(d) : 0;
+        break;
+    default:
+        return false;
+    }
+    if (field.dataType() == TFieldType::Integer)
+        *out = int(*out);
+    return true;
+}
+
+} // namespace
+
+double TDBRecalcRecord::asFloat(const TDBField& field) const
+{
+    const int i = field.index();
+    if (m_ds.m_fetchBuffer->assigned[std::size_t(i)])
+        return field.asFloat();
+    for (const auto& [pendingField, value] : m_pending)
+        if (pendingField == i)
+            return value.value_or(0.0);
+    const quint32 slot = DBRow::slotOf(m_row, i);
+    const quint32 tag = slot & 0xF;
+    if (tag == DBRow::TagNull || tag == DBRow::TagNullRoom)
+        return 0.0;
+    switch (field.dataType()) {
+    case TFieldType::Float:
+        if (tag == DBRow::TagDouble) {
+            double d;
+            std::memcpy(&d, m_row + (slot >> 4), 8);
+            return d;
+        }
+        if (tag == DBRow::TagSmallInt)
+            return double(qint32(slot) >> 4);
+        if (tag == DBRow::TagInt) {
+            qint64 n;
+            std::memcpy(&n, m_row + (slot >> 4), 8);
+            return double(n);
+        }
+        break;
+    case TFieldType::Integer:
+    case TFieldType::LargeInt:
+    case TFieldType::AutoInc: {
+        if (tag == DBRow::TagDouble) {
+            double d;
+            std::memcpy(&d, m_row + (slot >> 4), 8);
+            if (!std::isfinite(d))
+                return d; // kept as it is by the reader
+        }
+        qint64 n = 0;
+        if (wholeOfSlot(m_row, field, &n))
+            return double(n);
+        break;
+    }
+    default:
+        break;
+    }
+    return field.asFloat();
+}
+
+qint64 TDBRecalcRecord::asLargeInt(const TDBField& field) const
+{
+    const int i = field.index();
+    if (m_ds.m_fetchBuffer->assigned[std::size_t(i)])
+        return field.asLargeInt();
+    for (const auto& [pendingField, value] : m_pending) {
+        if (pendingField == i) {
+            const double d = value.value_or(0.0);
+            return std::isfinite(d) ? qRound64(d) : 0;
+        }
+    }
+    switch (field.dataType()) {
+    case TFieldType::Float:
+    case TFieldType::Integer:
+    case TFieldType::LargeInt:
+    case TFieldType::AutoInc: {
+        qint64 n = 0;
+        if (wholeOfSlot(m_row, field, &n))
+            return n;
+        break;
+    }
+    default:
+        break;
+    }
+    return field.asLargeInt();
+}
+
+void TDBRecalcRecord::setFloat(const TDBField& field, std::optional<double> value)
+{
+    if (field.kind() != TFieldKind::Calculated || field.dataType() != TFieldType::Float)
+        throw EDatabaseError(u"Field '%1' cannot be modified"_s.arg(field.fieldName()));
+    const int i = field.index();
+    for (auto& [pendingField, pendingValue] : m_pending) {
+        if (pendingField == i) {
+            pendingValue = value;
+            return;
+        }
+    }
+    if (!DBRow::setNumberInPlace(m_row, i, value ? &*value : nullptr))
+        m_pending.emplace_back(i, value);
 }
 
 // --- Setup ------------------------------------------------------------------------------------
@@ -406,10 +589,14 @@ void TDBDataset::prepareFields(TDBStatement& stmt, const QSet<QString>& lazyColu
     }
 
     m_lazyBlob.assign(m_fields.size(), 0);
-    for (const auto& field : m_fields)
+    m_numberRoomFields.clear();
+    for (const auto& field : m_fields) {
         if (field->isBlob() && field->kind() == TFieldKind::Stored &&
             lazyColumns.contains(field->fieldName().toLower()))
             m_lazyBlob[std::size_t(field->index())] = 1;
+        if (field->kind() == TFieldKind::Calculated && field->dataType() == TFieldType::Float)
+            m_numberRoomFields.push_back(field->index());
+    }
 
     m_keyField = -1;
     const QString key = m_updateTableName.isEmpty() ? m_keyFields : keyColumnName();
@@ -424,7 +611,7 @@ void TDBDataset::prepareFields(TDBStatement& stmt, const QSet<QString>& lazyColu
     m_blobStatements.resize(m_fields.size());
 }
 
-TDBRowData TDBDataset::readStatementRow(sqlite3_stmt* h)
+void TDBDataset::readStatementRow(sqlite3_stmt* h)
 {
     m_rowBuilder.clear();
     const int columns = int(m_columnField.size());
@@ -450,28 +637,38 @@ TDBRowData TDBDataset::readStatementRow(sqlite3_stmt* h)
             break;
         }
     }
-    return m_rowBuilder.build();
 }
 
-TDBRowData TDBDataset::finishRow(TDBRowData raw)
+void TDBDataset::keepNumberRoom(TDBRowBuilder& builder) const
 {
-    if (!m_events[EvReadRecord] && !m_events[EvCalcFields])
-        return raw;
+    for (int f : m_numberRoomFields)
+        builder.reserveNumber(f);
+}
+
+TDBRowData TDBDataset::finishRow(TDBRowBuilder& builder)
+{
+    if (!m_events[EvReadRecord] && !m_events[EvCalcFields]) {
+        keepNumberRoom(builder);
+        return builder.build();
+    }
+    // The handlers read the record from a scratch copy; what they set is added to the builder,
+    // which then makes the one stored row.
+    const std::byte* scratch = builder.buildScratch();
     RecordBuffer local;
     RecordBuffer& buffer = m_fetchBuffer ? local : m_readBuffer;
     {
-        FetchScope scope(*this, raw.get(), buffer);
+        FetchScope scope(*this, scratch, buffer);
         fire(EvReadRecord);
         fire(EvCalcFields);
     }
-    if (!buffer.any())
-        return raw;
-    return rowFromBuffer(raw.get(), buffer);
+    for (int i : buffer.touched)
+        builder.setVariant(i, buffer.values[std::size_t(i)]);
+    keepNumberRoom(builder);
+    return builder.build();
 }
 
-TDBRowData TDBDataset::rowFromBuffer(const std::byte* base, const RecordBuffer& buffer) const
+void TDBDataset::fillBuilder(TDBRowBuilder& builder, const std::byte* base, const RecordBuffer& buffer) const
 {
-    TDBRowBuilder builder(int(m_fields.size()));
     for (std::size_t i = 0; i < m_fields.size(); ++i) {
         if (m_lazyBlob[i])
             continue;
@@ -480,19 +677,23 @@ TDBRowData TDBDataset::rowFromBuffer(const std::byte* base, const RecordBuffer& 
         else
             builder.copySlot(int(i), base, int(i));
     }
-    return builder.build();
 }
 
 void TDBDataset::fetchRows(TDBStatement& stmt)
 {
+    const TMappedReads mapped(db(), m_connection->databasePath());
     std::vector<TDBRowData> rows;
+    rows.reserve(std::max<std::size_t>(m_rows.size(), 64));
     sqlite3_stmt* h = stmt.handle();
     {
         TDBStatementResetter resetter(stmt);
-        while (stmt.step())
-            rows.push_back(finishRow(readStatementRow(h)));
+        while (stmt.step()) {
+            readStatementRow(h);
+            rows.push_back(finishRow(m_rowBuilder));
+        }
     }
     m_rows.swap(rows);
+    m_rowsPending = false;
 }
 
 void TDBDataset::resolveUnknownTypes()
@@ -517,7 +718,7 @@ void TDBDataset::resolveUnknownTypes()
     }
 }
 
-void TDBDataset::open()
+void TDBDataset::open(TRowFetch fetch)
 {
     if (active())
         return;
@@ -546,8 +747,13 @@ void TDBDataset::open()
         if (m_filter)
             bindFilter();
         m_state = TDatasetState::Browse; // handlers of the first fetch see an open dataset
-        fetchRows(stmt);
-        resolveUnknownTypes();
+        if (fetch == TRowFetch::Now) {
+            fetchRows(stmt);
+            resolveUnknownTypes();
+        } else {
+            m_rows.clear();
+            m_rowsPending = true;
+        }
         rebuildView(false);
     } catch (...) {
         closeInternal();
@@ -570,6 +776,7 @@ void TDBDataset::closeInternal()
 {
     m_state = TDatasetState::Inactive;
     m_rows.clear();
+    m_rowsPending = false;
     m_view.clear();
     m_cursor = -1;
     m_eof = true;
@@ -663,6 +870,102 @@ void TDBDataset::refresh()
         emit afterReset();
     notifyScroll();
     fire(EvAfterRefresh);
+}
+
+void TDBDataset::fetchPendingRows()
+{
+    if (!active() || !m_rowsPending)
+        return;
+    const bool inserting = m_state == TDatasetState::Insert;
+    const std::byte* current = inserting ? nullptr : currentRow();
+    const QVariant key = current ? keyOfRow(current) : QVariant();
+    const int oldCursor = m_cursor;
+    const bool tell = beginNotify();
+    if (tell)
+        emit beforeReset();
+    try {
+        TDBStatement stmt(db(), m_effectiveSQL);
+        m_bindings.applyTo(stmt);
+        // Rows posted in the meantime are in the file: the fetch gives them with the others.
+        fetchRows(stmt);
+        resolveUnknownTypes();
+    } catch (...) {
+        m_rowsPending = false;
+        if (tell)
+            emit afterReset();
+        throw;
+    }
+    rebuildView(false);
+    int row = key.isNull() ? -1 : rowOfKey(key);
+    if (inserting) {
+        // The new record stays the current one, at the end.
+        m_view.push_back(kPendingRow);
+        row = int(m_view.size()) - 1;
+    }
+    if (row < 0 && !m_view.empty())
+        row = 0;
+    m_cursor = row;
+    m_bof = m_cursor <= 0;
+    m_eof = m_view.empty();
+    if (tell)
+        emit afterReset();
+    notifyScroll();
+    if (m_cursor != oldCursor || !key.isNull())
+        fire(EvAfterScroll);
+}
+
+void TDBDataset::recalcRows(const std::function<void(TDBRecalcRecord&)>& calc)
+{
+    requireActive();
+    const bool tell = beginNotify();
+    if (tell)
+        emit beforeReset();
+    TDBRecalcRecord record(*this);
+    RecordBuffer buffer;
+    try {
+        for (TDBRowData& stored : m_rows) {
+            if (!stored)
+                continue;
+            record.m_row = stored.get();
+            record.m_pending.clear();
+            {
+                FetchScope scope(*this, stored.get(), buffer);
+                calc(record);
+            }
+            // Values set through field objects, or that found no room: the row is built anew.
+            if (!buffer.any() && record.m_pending.empty())
+                continue;
+            bool inPlace = record.m_pending.empty();
+            for (int f : buffer.touched) {
+                const QVariant& v = buffer.values[std::size_t(f)];
+                const double number = v.toDouble();
+                if (!(v.isNull() || v.metaType().id() == QMetaType::Double) ||
+                    !DBRow::setNumberInPlace(stored.get(), f, v.isNull() ? nullptr : &number))
+                    inPlace = false;
+            }
+            if (inPlace)
+                continue;
+            TDBRowBuilder builder(int(m_fields.size()));
+            fillBuilder(builder, stored.get(), buffer);
+            for (const auto& [field, value] : record.m_pending) {
+                if (value)
+                    builder.setDouble(field, *value);
+                else
+                    builder.setNull(field);
+            }
+            keepNumberRoom(builder);
+            stored = builder.build();
+        }
+    } catch (...) {
+        if (tell)
+            emit afterReset();
+        throw;
+    }
+    if (m_filtered || !m_sortKeys.empty())
+        rebuildView(true);
+    if (tell)
+        emit afterReset();
+    notifyScroll();
 }
 
 int TDBDataset::execSQL()
@@ -778,21 +1081,18 @@ void TDBDataset::setFieldValue(TDBField& field, const QVariant& value)
     if (m_fetchBuffer) {
         if (field.kind() != TFieldKind::Calculated && field.kind() != TFieldKind::Internal)
             throw EDatabaseError(u"Field '%1' cannot be modified"_s.arg(field.fieldName()));
-        m_fetchBuffer->values[i] = field.convertForWrite(value);
-        m_fetchBuffer->assigned[i] = 1;
+        m_fetchBuffer->set(i, field.convertForWrite(value));
         return;
     }
     if (m_state != TDatasetState::Edit && m_state != TDatasetState::Insert)
         throw EDatabaseError(u"Dataset not in edit or insert mode"_s);
     if (m_calculating && field.kind() == TFieldKind::Calculated) {
-        m_buffer.values[i] = field.convertForWrite(value);
-        m_buffer.assigned[i] = 1;
+        m_buffer.set(i, field.convertForWrite(value));
         return;
     }
     if (field.kind() == TFieldKind::Computed || field.readOnly())
         throw EDatabaseError(u"Field '%1' cannot be modified"_s.arg(field.fieldName()));
-    m_buffer.values[i] = field.convertForWrite(value);
-    m_buffer.assigned[i] = 1;
+    m_buffer.set(i, field.convertForWrite(value));
     m_modified = true;
     notifyRowChanged(m_cursor);
     field.fireChange();
@@ -1382,14 +1682,13 @@ TDBRowData TDBDataset::rereadRow(const QVariant& key)
     TDBStatement& stmt = *m_rereadStatement;
     m_bindings.applyTo(stmt);
     stmt.bind(stmt.parameterCount(), key);
-    TDBRowData raw;
     {
         TDBStatementResetter resetter(stmt);
         if (!stmt.step())
             return TDBRowData();
-        raw = readStatementRow(stmt.handle());
+        readStatementRow(stmt.handle());
     }
-    return finishRow(std::move(raw));
+    return finishRow(m_rowBuilder);
 }
 
 void TDBDataset::post()
@@ -1407,9 +1706,10 @@ void TDBDataset::post()
     if (!row) {
         // The statement does not select the record (a WHERE of its own): keep what was written,
         // with the key the file gave it.
-        m_buffer.values[std::size_t(m_keyField)] = key;
-        m_buffer.assigned[std::size_t(m_keyField)] = 1;
-        row = finishRow(rowFromBuffer(inserting ? nullptr : currentRow(), m_buffer));
+        m_buffer.set(std::size_t(m_keyField), key);
+        TDBRowBuilder builder(int(m_fields.size()));
+        fillBuilder(builder, inserting ? nullptr : currentRow(), m_buffer);
+        row = finishRow(builder);
     }
     if (inserting) {
         m_rows.push_back(std::move(row));
@@ -1475,8 +1775,12 @@ void TDBDataset::cancel()
                 FetchScope scope(*this, original, buffer);
                 fire(EvCalcFields);
             }
-            if (buffer.any())
-                m_rows[m_view[std::size_t(m_cursor)]] = rowFromBuffer(original, buffer);
+            if (buffer.any()) {
+                TDBRowBuilder builder(int(m_fields.size()));
+                fillBuilder(builder, original, buffer);
+                keepNumberRoom(builder);
+                m_rows[m_view[std::size_t(m_cursor)]] = builder.build();
+            }
         }
         notifyRowChanged(m_cursor);
     }

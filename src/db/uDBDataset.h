@@ -18,6 +18,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class TDBFilter;
@@ -39,8 +40,38 @@ enum class TLocateOption
 Q_DECLARE_FLAGS(TLocateOptions, TLocateOption)
 Q_DECLARE_OPERATORS_FOR_FLAGS(TLocateOptions)
 
+// When open() reads the rows: at once, or later through fetchPendingRows().
+enum class TRowFetch
+{
+    Now,
+    Deferred
+};
+
 class TDBDataset;
 using TDatasetNotifyEvent = std::function<void(TDBDataset&)>;
+
+// The record that a TDBDataset::recalcRows() handler works on: typed reads of its fields that give
+// what TDBField's readers give, without going through QVariant, and writes of its Calculated Float
+// fields straight into the stored row. Field objects work too (state CalcFields).
+class TDBRecalcRecord
+{
+public:
+    // As TDBField::asFloat() / asLargeInt() / asInteger() on this record.
+    double asFloat(const TDBField& field) const;
+    qint64 asLargeInt(const TDBField& field) const;
+    int asInteger(const TDBField& field) const { return int(asLargeInt(field)); }
+    // Sets a Calculated Float field; no value makes it NULL.
+    void setFloat(const TDBField& field, std::optional<double> value);
+
+private:
+    friend class TDBDataset;
+    explicit TDBRecalcRecord(TDBDataset& dataset) : m_ds(dataset) {}
+
+    TDBDataset& m_ds;
+    std::byte* m_row = nullptr;
+    // Values that did not fit in place: the row is built anew with them.
+    std::vector<std::pair<int, std::optional<double>>> m_pending;
+};
 
 // An in-memory, cursor-based view of a SELECT on a connection, with editing written back to one
 // table (the update table), in the manner of a client dataset:
@@ -116,7 +147,20 @@ public:
     TDBField* keyField() const { return m_keyField >= 0 ? m_fields[std::size_t(m_keyField)].get() : nullptr; }
 
     // --- Open, close, refresh -------------------------------------------------------------
-    void open();
+    // TRowFetch::Deferred opens the dataset (statement and fields checked, events fired) with no
+    // rows: they are read by fetchPendingRows(), refresh() or a new open(). Records may be added,
+    // edited and posted meanwhile; they are in the file and come with the others.
+    void open(TRowFetch fetch = TRowFetch::Now);
+    // True from a deferred open until its rows have been read.
+    bool rowsPending() const { return m_rowsPending; }
+    // Reads the rows of a deferred open (per record ReadRecord, CalcFields), and tells observers
+    // with one reset. A record in edit or insert state stays as it is; the cursor stays on the
+    // record it was on, or goes to the first. Nothing happens when no rows are pending.
+    void fetchPendingRows();
+    // Runs calc for every fetched record (state CalcFields, as OnCalcFields when a record is read)
+    // and keeps the Calculated values it sets, without reading the file; then tells observers
+    // with one reset. The edit buffer of a record in edit or insert state is not touched.
+    void recalcRows(const std::function<void(TDBRecalcRecord&)>& calc);
     void close();
     bool active() const { return m_state != TDatasetState::Inactive; }
     void setActive(bool value);
@@ -258,19 +302,19 @@ private:
         bool descending;
         bool caseInsensitive;
     };
+    // Values set on a record, by field; only the assigned ones are cleared by a reset.
     struct RecordBuffer
     {
         std::vector<QVariant> values;
         std::vector<char> assigned;
-        void reset(std::size_t count)
-        {
-            values.assign(count, QVariant());
-            assigned.assign(count, 0);
-        }
-        bool any() const;
+        std::vector<int> touched; // fields assigned since the last reset
+        void reset(std::size_t count);
+        void set(std::size_t field, QVariant value);
+        bool any() const { return !touched.empty(); }
     };
     class FetchScope;
     friend class FetchScope;
+    friend class TDBRecalcRecord;
     class RowRecord;
 
     static constexpr quint32 kPendingRow = 0xFFFFFFFFu;
@@ -285,8 +329,13 @@ private:
     void prepareFields(TDBStatement& stmt, const QSet<QString>& lazyColumns, bool createFields);
     void fetchRows(TDBStatement& stmt);
     void resolveUnknownTypes();
-    TDBRowData readStatementRow(sqlite3_stmt* stmt);
-    TDBRowData finishRow(TDBRowData raw);
+    // Sets the columns of the statement's current row in m_rowBuilder.
+    void readStatementRow(sqlite3_stmt* stmt);
+    // The stored row of a record whose values are in builder: ReadRecord and CalcFields run on it
+    // and what they set is added.
+    TDBRowData finishRow(TDBRowBuilder& builder);
+    // Room for a number behind each NULL Calculated Float field, so that recalcRows() writes in place.
+    void keepNumberRoom(TDBRowBuilder& builder) const;
     QString effectiveSQL(QSet<QString>* lazyColumns) const;
     void closeInternal();
     void rebuildFieldIndex();
@@ -300,7 +349,8 @@ private:
     QVariant keyOfRow(const std::byte* row) const;
     QString blobCacheKey(int field, const QVariant& key) const;
     void invalidateBlobs(const QVariant& key);
-    TDBRowData rowFromBuffer(const std::byte* base, const RecordBuffer& buffer) const;
+    // The values of base with those assigned in buffer over them.
+    void fillBuilder(TDBRowBuilder& builder, const std::byte* base, const RecordBuffer& buffer) const;
     void runCalcFields(bool readRecord);
 
     // view
@@ -337,8 +387,9 @@ private:
 
     std::vector<std::unique_ptr<TDBField>> m_fields;
     bool m_dynamicFields = false;
-    std::vector<int> m_columnField; // result column -> field index, -1 when not kept
-    std::vector<char> m_lazyBlob;   // per field: read by key when first needed
+    std::vector<int> m_columnField;      // result column -> field index, -1 when not kept
+    std::vector<char> m_lazyBlob;        // per field: read by key when first needed
+    std::vector<int> m_numberRoomFields; // Calculated Float fields
     int m_keyField = -1;
     QHash<QString, int> m_fieldIndex; // exact name -> field index
     TDBRowBuilder m_rowBuilder;
@@ -347,7 +398,8 @@ private:
     QList<TDBColumnInfo> m_tableColumns;
 
     std::vector<TDBRowData> m_rows; // fetched records, in fetch order; null when deleted
-    std::vector<quint32> m_view;    // rows shown, in order: indexes into m_rows or kPendingRow
+    bool m_rowsPending = false;
+    std::vector<quint32> m_view; // rows shown, in order: indexes into m_rows or kPendingRow
     int m_cursor = -1;
     int m_cursorBeforeInsert = -1;
     bool m_eof = true;

@@ -101,6 +101,19 @@ QString textValue(const std::byte* row, int slot)
     return v.toString();
 }
 
+bool setNumberInPlace(std::byte* row, int slot, const double* value)
+{
+    const quint32 s = slotOf(row, slot);
+    const quint32 tag = s & 0xF;
+    if (tag != TagDouble && tag != TagNullRoom)
+        return !value && tag == TagNull;
+    quint32 updated = (s & ~quint32(0xF)) | (value ? quint32(TagDouble) : quint32(TagNullRoom));
+    if (value)
+        std::memcpy(row + (s >> 4), value, 8);
+    std::memcpy(row + std::size_t(slot) * 4, &updated, 4);
+    return true;
+}
+
 } // namespace DBRow
 
 TDBRowBuilder::TDBRowBuilder(int slotCount)
@@ -122,10 +135,8 @@ void TDBRowBuilder::clear()
 
 void TDBRowBuilder::append(const void* data, std::size_t length)
 {
-    const std::size_t at = m_data.size();
-    m_data.resize(at + length);
-    if (length)
-        std::memcpy(m_data.data() + at, data, length);
+    const auto* bytes = static_cast<const std::byte*>(data);
+    m_data.insert(m_data.end(), bytes, bytes + length);
 }
 
 void TDBRowBuilder::setInt(int slot, qint64 value)
@@ -144,6 +155,14 @@ void TDBRowBuilder::setDouble(int slot, double value)
     const std::size_t offset = m_data.size();
     append(&value, 8);
     m_slots[std::size_t(slot)] = quint32(offset << 4) | DBRow::TagDouble;
+}
+
+void TDBRowBuilder::setNullRoom(int slot)
+{
+    const std::size_t offset = m_data.size();
+    const double zero = 0.0;
+    append(&zero, 8);
+    m_slots[std::size_t(slot)] = quint32(offset << 4) | DBRow::TagNullRoom;
 }
 
 void TDBRowBuilder::setText(int slot, const char* utf8, qsizetype length)
@@ -214,7 +233,8 @@ void TDBRowBuilder::copySlot(int slot, const std::byte* row, int fromSlot)
         m_slots[std::size_t(slot)] = s;
         return;
     case DBRow::TagInt:
-    case DBRow::TagDouble: {
+    case DBRow::TagDouble:
+    case DBRow::TagNullRoom: {
         const std::size_t offset = m_data.size();
         append(row + (s >> 4), 8);
         m_slots[std::size_t(slot)] = quint32(offset << 4) | (s & 0xF);
@@ -230,22 +250,39 @@ void TDBRowBuilder::copySlot(int slot, const std::byte* row, int fromSlot)
     }
 }
 
-TDBRowData TDBRowBuilder::build() const
+std::size_t TDBRowBuilder::writeRow(std::byte* out) const
 {
     const std::size_t head = m_slots.size() * 4;
-    const std::size_t total = head + m_data.size();
-    if (total > kMaxOffset)
-        throw EDatabaseError(u"Record too large to be held in memory (%1 bytes)"_s.arg(qulonglong(total)));
-    TDBRowData row = std::make_unique_for_overwrite<std::byte[]>(total ? total : 1);
     // Offsets in the slots are relative to the data part; shift them to the row start.
     for (std::size_t i = 0; i < m_slots.size(); ++i) {
         quint32 s = m_slots[i];
         const quint32 tag = s & 0xF;
         if (tag != DBRow::TagNull && tag != DBRow::TagSmallInt)
             s = (((s >> 4) + quint32(head)) << 4) | tag;
-        std::memcpy(row.get() + i * 4, &s, 4);
+        std::memcpy(out + i * 4, &s, 4);
     }
     if (!m_data.empty())
-        std::memcpy(row.get() + head, m_data.data(), m_data.size());
+        std::memcpy(out + head, m_data.data(), m_data.size());
+    return head + m_data.size();
+}
+
+TDBRowData TDBRowBuilder::build() const
+{
+    const std::size_t total = m_slots.size() * 4 + m_data.size();
+    if (total > kMaxOffset)
+        throw EDatabaseError(u"Record too large to be held in memory (%1 bytes)"_s.arg(qulonglong(total)));
+    TDBRowData row = std::make_unique_for_overwrite<std::byte[]>(total ? total : 1);
+    writeRow(row.get());
     return row;
+}
+
+const std::byte* TDBRowBuilder::buildScratch()
+{
+    const std::size_t total = m_slots.size() * 4 + m_data.size();
+    if (total > kMaxOffset)
+        throw EDatabaseError(u"Record too large to be held in memory (%1 bytes)"_s.arg(qulonglong(total)));
+    if (m_scratch.size() < total + 1)
+        m_scratch.resize(total + 1);
+    writeRow(m_scratch.data());
+    return m_scratch.data();
 }

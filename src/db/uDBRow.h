@@ -13,6 +13,8 @@
 // values. A slot holds a type tag in its low 4 bits and, above it, either a small integer or the
 // offset of the value from the start of the row. Integers and doubles take 8 bytes, texts their
 // UTF-8 bytes behind a 32-bit length, NULLs and small integers nothing. One allocation per row.
+// A NULL may keep 8 bytes of room behind it (TagNullRoom), so that a number computed later can be
+// written into the row in place (setNumberInPlace); it reads as NULL everywhere.
 using TDBRowData = std::unique_ptr<std::byte[]>;
 
 namespace DBRow {
@@ -24,7 +26,8 @@ enum Tag : quint32
     TagInt = 2,
     TagDouble = 3,
     TagText = 4,
-    TagBlob = 5
+    TagBlob = 5,
+    TagNullRoom = 6 // NULL with 8 bytes kept for a number; tagOf() reports it as TagNull
 };
 
 inline quint32 slotOf(const std::byte* row, int slot)
@@ -36,7 +39,10 @@ inline quint32 slotOf(const std::byte* row, int slot)
 
 inline Tag tagOf(const std::byte* row, int slot)
 {
-    return row ? Tag(slotOf(row, slot) & 0xF) : TagNull;
+    if (!row)
+        return TagNull;
+    const quint32 tag = slotOf(row, slot) & 0xF;
+    return tag == TagNullRoom ? TagNull : Tag(tag);
 }
 
 inline bool isNull(const std::byte* row, int slot)
@@ -50,6 +56,9 @@ QVariant rawValue(const std::byte* row, int slot);
 bool numberValue(const std::byte* row, int slot, double* out);
 // The value as text (numbers in the "C" format); empty for NULL.
 QString textValue(const std::byte* row, int slot);
+// Writes a double, or NULL, into a slot that holds a double or a NULL with room, without moving
+// anything else of the row. False (and nothing written) when the slot has no room for a number.
+bool setNumberInPlace(std::byte* row, int slot, const double* value);
 
 } // namespace DBRow
 
@@ -64,6 +73,19 @@ public:
     int slotCount() const { return int(m_slots.size()); }
 
     void setNull(int slot) { m_slots[std::size_t(slot)] = DBRow::TagNull; }
+    // NULL, with 8 bytes of room for a number to be written in place later.
+    void setNullRoom(int slot);
+    // setNullRoom() when the slot is NULL without room; anything else stays.
+    void reserveNumber(int slot)
+    {
+        if (m_slots[std::size_t(slot)] == DBRow::TagNull)
+            setNullRoom(slot);
+    }
+    bool isNull(int slot) const
+    {
+        const quint32 tag = m_slots[std::size_t(slot)] & 0xF;
+        return tag == DBRow::TagNull || tag == DBRow::TagNullRoom;
+    }
     void setInt(int slot, qint64 value);
     void setDouble(int slot, double value);
     void setText(int slot, const char* utf8, qsizetype length);
@@ -74,10 +96,16 @@ public:
     void copySlot(int slot, const std::byte* row, int fromSlot);
 
     TDBRowData build() const;
+    // The row as build() would give it, in a buffer of the builder's own that the next call reuses:
+    // for reading a record before it is stored.
+    const std::byte* buildScratch();
 
 private:
+    std::size_t writeRow(std::byte* out) const;
+
     void append(const void* data, std::size_t length);
 
     std::vector<quint32> m_slots;
     std::vector<std::byte> m_data;
+    std::vector<std::byte> m_scratch;
 };

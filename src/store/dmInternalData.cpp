@@ -172,6 +172,23 @@ private:
     TFieldNotifyEvent m_handler;
 };
 
+// The current record's values through its field objects.
+struct TFieldValues
+{
+    double Float(const TDBField* f) const { return f->asFloat(); }
+    int Integer(const TDBField* f) const { return f->asInteger(); }
+    void Set(TDBField* f, std::optional<double> v) const { f->setValue(v ? QVariant(*v) : QVariant()); }
+};
+
+// The values of a record being recalculated, read and written in the stored row.
+struct TRecalcValues
+{
+    TDBRecalcRecord& Record;
+    double Float(const TDBField* f) const { return Record.asFloat(*f); }
+    int Integer(const TDBField* f) const { return Record.asInteger(*f); }
+    void Set(TDBField* f, std::optional<double> v) const { Record.setFloat(*f, v); }
+};
+
 // A path made absolute and clean, for comparing two names of one file.
 QString ExpandedPath(const QString& path)
 {
@@ -330,7 +347,7 @@ bool TDM_InternalData::Connected() const
 
 // --- The collection file ----------------------------------------------------------------------
 
-bool TDM_InternalData::ConnectDatabase(const QString& path)
+bool TDM_InternalData::ConnectDatabase(const QString& path, TRowFetch items)
 {
     ShowSplashText(GetText(u"cSSplashConnecting"_s));
     if (path.isEmpty() || !QFileInfo(path).isFile())
@@ -347,7 +364,7 @@ bool TDM_InternalData::ConnectDatabase(const QString& path)
     try {
         ADConnection->open();
         tblMints->open();
-        qDS_Items->open();
+        qDS_Items->open(items);
     } catch (...) {
         // Half an open collection is none: release the file. The old path stays where it was.
         try {
@@ -403,6 +420,21 @@ void TDM_InternalData::PostPendingEdits(const QList<TDBDataset*>& datasets)
         if (dataset && (dataset->state() == TDatasetState::Edit || dataset->state() == TDatasetState::Insert))
             dataset->post();
     }
+}
+
+void TDM_InternalData::FetchPendingItems()
+{
+    qDS_Items->fetchPendingRows();
+}
+
+void TDM_InternalData::RevalueItems()
+{
+    if (!qDS_Items->active())
+        return;
+    qDS_Items->recalcRows([this](TDBRecalcRecord& record) {
+        TRecalcValues values{record};
+        ValueRecord(values, values);
+    });
 }
 
 void TDM_InternalData::RefreshItems()
@@ -576,26 +608,30 @@ void TDM_InternalData::qDS_ItemsCalcFields(TDBDataset& /*dataset*/)
     m_fCaption->setAsString(
         ItemCaption(m_fName->asString(), weightG, m_fYear->asInteger(), metalText, coinTypeText));
 
+    TFieldValues values;
+    ValueRecord(values, values);
+}
+
+template <typename TReader, typename TWriter>
+void TDM_InternalData::ValueRecord(const TReader& read, const TWriter& write) const
+{
+    const int metal = read.Integer(m_fMetal);
     TItemValuationInput input;
     input.Spot = SpotPrices().SpotPriceOf(metal);
-    input.WeightG = weightG;
-    input.Qty = m_fQty->asInteger();
-    input.Price = m_fPrice->asFloat();
+    input.WeightG = read.Float(m_fWeightG);
+    input.Qty = read.Integer(m_fQty);
+    input.Price = read.Float(m_fPrice);
     // TotalPrice matters only with a spot price.
-    input.TotalPrice = input.Spot > 0 ? m_fTotalPrice->asFloat() : 0.0;
-    input.ExpectedPremium = m_fExpectedPremium->asFloat();
+    input.TotalPrice = input.Spot > 0 ? read.Float(m_fTotalPrice) : 0.0;
+    input.ExpectedPremium = read.Float(m_fExpectedPremium);
     const TItemValuation value = ValueItem(input);
-
-    auto setOptional = [](TDBField* field, const std::optional<double>& v) {
-        field->setValue(v ? QVariant(*v) : QVariant());
-    };
-    m_fSpotValue->setAsFloat(value.SpotValue);
-    m_fLiquidationValue->setAsFloat(value.LiquidationValue);
-    setOptional(m_fROI, value.ROI);
-    m_fSpotValuexQty->setAsFloat(value.SpotValuexQty);
-    m_fLiquidationValuexQty->setAsFloat(value.LiquidationValuexQty);
-    setOptional(m_fROIxQty, value.ROIxQty);
-    setOptional(m_fROIPercent, value.ROIPercent);
+    write.Set(m_fSpotValue, value.SpotValue);
+    write.Set(m_fLiquidationValue, value.LiquidationValue);
+    write.Set(m_fROI, value.ROI);
+    write.Set(m_fSpotValuexQty, value.SpotValuexQty);
+    write.Set(m_fLiquidationValuexQty, value.LiquidationValuexQty);
+    write.Set(m_fROIxQty, value.ROIxQty);
+    write.Set(m_fROIPercent, value.ROIPercent);
 }
 
 void TDM_InternalData::qDS_ItemsWeightGramChange(TDBField& /*field*/)

@@ -41,8 +41,16 @@ public:
 
     // Opens a file as the collection. A missing file gives false and changes nothing. A file that
     // is no collection raises the database layer's error and leaves nothing connected, while
-    // DatabasePath and DBPath keep the previous path.
-    bool ConnectDatabase(const QString& path);
+    // DatabasePath and DBPath keep the previous path. With TRowFetch::Deferred the item rows are
+    // read only by FetchPendingItems(): the collection is open (and checked) at once, and listed
+    // when they arrive.
+    bool ConnectDatabase(const QString& path, TRowFetch items = TRowFetch::Now);
+    // Reads the item rows of a deferred connect; nothing when none are pending.
+    void FetchPendingItems();
+    // After new spot prices: the money fields of every item (SpotValue ... ROIPercent) worked out
+    // again in memory by the rules of qDS_ItemsCalcFields, without reading the file; observers get
+    // one reset. Nothing when the items are not open.
+    void RevalueItems();
     // Writes the blank collection file to path, replacing any file of that name.
     void CreateBlankDatabase(const QString& path);
     // Copies the open file to path (after committing a running transaction). Nothing happens when
@@ -82,6 +90,10 @@ public:
 
 private:
     void CreateMintFields();
+    // The money fields of the record that read and write stand for (its field objects, or a record
+    // being recalculated): Float(field), Integer(field) and Set(field, value).
+    template <typename TReader, typename TWriter>
+    void ValueRecord(const TReader& read, const TWriter& write) const;
     void CreateItemFields();
     QByteArray BlankThumbnail(int metal, int coinType, bool isObverse);
     // Takes the metal and type names of the current language for the captions.

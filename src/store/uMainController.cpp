@@ -184,12 +184,12 @@ void TMainController::DBSaveAs()
     emit DatabaseChanged();
 }
 
-bool TMainController::ConnectLastDatabase()
+bool TMainController::ConnectLastDatabase(TRowFetch items)
 {
     if (DBPath.isEmpty() || !QFileInfo(DBPath).isFile()) {
         return false;
     }
-    if (!m_data->ConnectDatabase(DBPath)) {
+    if (!m_data->ConnectDatabase(DBPath, items)) {
         return false;
     }
     const QString name = QFileInfo(DBPath).fileName();
@@ -197,6 +197,16 @@ bool TMainController::ConnectLastDatabase()
         m_documentName = name;
         emit DocumentNameChanged(m_documentName);
     }
+    emit DatabaseChanged();
+    return true;
+}
+
+bool TMainController::FetchPendingItems()
+{
+    if (!m_data->qDS_Items->rowsPending()) {
+        return false;
+    }
+    m_data->FetchPendingItems();
     emit DatabaseChanged();
     return true;
 }
@@ -218,12 +228,17 @@ bool TMainController::RefreshItemsForNewPrices()
         return false;
     }
     TDBDataset& items = *m_data->qDS_Items;
-    if (!items.active() || IsEditing(items)) {
+    if (!items.active() || IsEditing(items) || items.rowsPending()) {
         return false;
     }
     const TControlsDisabled bracket(items);
-    items.refresh();
+    m_data->RevalueItems();
     return true;
+}
+
+bool TMainController::ItemsPending() const
+{
+    return Connected() && m_data->qDS_Items->rowsPending();
 }
 
 int TMainController::ItemCount() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "uDBDataset.h"
+
 #include <QObject>
 #include <QString>
 
@@ -119,8 +121,12 @@ public:
 
     // When the main window is first shown: connects to the collection named by DBPath if that file
     // exists and shows its name. A missing file changes nothing; a damaged one raises the database
-    // layer's error. True when connected.
-    bool ConnectLastDatabase();
+    // layer's error. True when connected. With TRowFetch::Deferred the items are read by
+    // FetchPendingItems(), so that the window can paint first.
+    bool ConnectLastDatabase(TRowFetch items = TRowFetch::Now);
+    // Reads the items of a deferred connect (valued at the prices held by then). True when rows
+    // were pending.
+    bool FetchPendingItems();
 
     // Asks for the first spot prices of this run.
     void StartFirstSpotRefresh();
@@ -129,12 +135,16 @@ public:
     // and the window is then not to close.
     void CloseQuery();
 
-    // After new spot prices: re-reads qDS_Items (controls disabled meanwhile) so that values follow
-    // the prices, unless it is being edited or inserted or nothing is connected. True when it did.
+    // After new spot prices: the money fields of every item are worked out again in memory (the
+    // file is not read) and the views told once. Nothing while a record is being edited or inserted
+    // (the shown values keep the old prices until the next read), while nothing is connected, or
+    // while the items are still to be read (they are valued as they arrive). True when it did.
     bool RefreshItemsForNewPrices();
 
     // Records in qDS_Items, or -1 when nothing is open.
     int ItemCount() const;
+    // The collection is open and its items are still to be read (a deferred connect).
+    bool ItemsPending() const;
 
 signals:
     void DocumentNameChanged(const QString& name);

@@ -27,6 +27,7 @@
 #include <QPixmap>
 #include <QStatusBar>
 #include <QStyle>
+#include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
 
@@ -373,6 +374,11 @@ void TORVMainForm::ShowDocumentName(const QString& name)
 
 void TORVMainForm::UpdateItemCount()
 {
+    // While the rows of the collection are still to come, say so rather than that there are none.
+    if (m_controller->ItemsPending()) {
+        m_lItems->setText(GetText(u"cSSplashLoadingData"_s));
+        return;
+    }
     const int count = m_controller->ItemCount();
     m_lItems->setText(count > 0 ? QLocale().toString(count) : GetText(u"cSNoDataToDisplay"_s));
 }
@@ -392,7 +398,35 @@ void TORVMainForm::FormShow()
     setWindowState(m_maximized ? (windowState() | Qt::WindowMaximized)
                                : (windowState() & ~Qt::WindowMaximized));
     m_controller->StartFirstSpotRefresh();
-    m_controller->ConnectLastDatabase();
+    // The file is opened and checked now (a damaged one fails here, as it would with its rows); the
+    // rows are read once the window has painted. Should no paint come (a window that is never
+    // exposed), they are read a moment later all the same.
+    m_controller->ConnectLastDatabase(TRowFetch::Deferred);
+    m_finishPending = true;
+    if (m_painted) {
+        QueueFinishFormShow();
+    } else {
+        QTimer::singleShot(cFirstPaintWaitMs, this, [this] {
+            if (m_finishPending) {
+                m_finishPending = false;
+                FinishFormShow();
+            }
+        });
+    }
+}
+
+void TORVMainForm::QueueFinishFormShow()
+{
+    // Queued: the paint reaches the screen first, and the rows come in order before the splash goes.
+    m_finishPending = false;
+    QMetaObject::invokeMethod(this, &TORVMainForm::FinishFormShow, Qt::QueuedConnection);
+}
+
+void TORVMainForm::FinishFormShow()
+{
+    // A spot reply that came in before this point found no rows to value; the rows are valued now,
+    // at the prices held.
+    m_controller->FetchPendingItems();
     QCoreApplication::postEvent(this, new QEvent(cWMReleaseSplash));
 }
 
@@ -402,7 +436,14 @@ bool TORVMainForm::event(QEvent* event)
         emit SplashReleaseRequested();
         return true;
     }
-    return QMainWindow::event(event);
+    const bool result = QMainWindow::event(event);
+    if (event->type() == QEvent::Paint && !m_painted && isVisible()) {
+        m_painted = true;
+        if (m_finishPending) {
+            QueueFinishFormShow();
+        }
+    }
+    return result;
 }
 
 void TORVMainForm::showEvent(QShowEvent* event)

@@ -27,6 +27,8 @@ class TORVMainForm : public QMainWindow
 public:
     // Posted to the window at the end of its first show; its delivery releases the splash.
     static constexpr QEvent::Type cWMReleaseSplash = QEvent::User;
+    // How long the first show waits for the first paint before it reads the items regardless.
+    static constexpr int cFirstPaintWaitMs = 500;
 
     // Window creation: geometry and the maximised flag from the settings, all texts from the
     // language, the handler of the spot list attached.
@@ -79,7 +81,12 @@ protected:
 private:
     void CreateActions();
     void CreateBars();
+    // Phase D up to the connect; the collection's file is open, its items are not read yet.
     void FormShow();
+    // The rest of phase D, queued after the first paint: the items read, then the splash released.
+    // It does not run when the connect of FormShow failed: the splash then stays.
+    void FinishFormShow();
+    void QueueFinishFormShow();
     // Captions, hints and glyphs of the spot buttons from the list; metals without an entry stay.
     void ApplySpotButtons();
     void ShowDocumentName(const QString& name);
@@ -109,4 +116,6 @@ private:
 
     bool m_maximized = true;
     bool m_shown = false;
+    bool m_painted = false;       // the first paint has been seen
+    bool m_finishPending = false; // FormShow is through and FinishFormShow waits for the first paint
 };

@@ -448,6 +448,56 @@ private slots:
         QCOMPARE(f(*ds, "Caption").asString(), "O'Brien");
     }
 
+    // recalcRows keeps what its handler sets, written in place through the record or through field
+    // objects (the row then built anew); the order follows a calculated sort key, the cursor its
+    // record, and observers get one reset. Only calculated numbers can be set through the record.
+    void recalcRowsKeepsWhatItSets_data()
+    {
+        QTest::addColumn<bool>("byFields");
+        AddRow("through the record", false);
+        AddRow("through field objects", true);
+    }
+    void recalcRowsKeepsWhatItSets()
+    {
+        QFETCH(bool, byFields);
+        auto ds = makeItems(false);
+        double spot = 20.0;
+        ds->setOnCalcFields([&](TDBDataset& d) {
+            if (f(d, "Year").asInteger())
+                f(d, "SpotValue").setAsFloat(spot * f(d, "WeightG").asFloat() / kTroyOunce);
+        });
+        ds->open();
+        ds->setIndexFieldNames("SpotValue:D;ID");
+        QVERIFY(ds->locate("Name", "Maple"));
+        spot = 40.0;
+        QSignalSpy resets(ds.get(), &TDBDataset::afterReset);
+        ds->recalcRows([&](TDBRecalcRecord& r) {
+            // Every row gets a value now, also those that had none.
+            const double value =
+                spot * r.asFloat(f(*ds, "WeightG")) / kTroyOunce + r.asInteger(f(*ds, "Qty"));
+            if (byFields) {
+                f(*ds, "SpotValue").setAsFloat(value);
+                f(*ds, "Caption").setAsString(f(*ds, "Name").asString() + "!");
+            } else {
+                r.setFloat(f(*ds, "SpotValue"), value);
+            }
+        });
+        QCOMPARE(resets.count(), 1);
+        QCOMPARE(f(*ds, "Name").asString(), "Maple");
+        QStringList order;
+        for (ds->first(); !ds->eof(); ds->next())
+            order << QString("%1=%2%3")
+                         .arg(f(*ds, "Name").asString())
+                         .arg(f(*ds, "SpotValue").asFloat())
+                         .arg(byFields ? f(*ds, "Caption").asString().right(1) : QString());
+        const QString mark = byFields ? "!" : "";
+        QCOMPARE(order, QStringList({"Silver bar=1287.03" + mark, "Maple=50" + mark, "Kangaroo=45" + mark,
+                                     "Eagle=42" + mark, "PAMP bar=41" + mark, "Platinum Eagle=41" + mark,
+                                     "O'Brien=22.9977" + mark}));
+        QVERIFY_THROWS_EXCEPTION(
+            EDatabaseError, ds->recalcRows([&](TDBRecalcRecord& r) { r.setFloat(f(*ds, "Price"), 1.0); }));
+    }
+
     // Internal fields are set when a row is read, edited freely, and read again after a post or a
     // cancel; a change handler detached while another one works stays silent.
     void internalFields()

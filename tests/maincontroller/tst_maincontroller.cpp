@@ -1,12 +1,15 @@
 // The main window's logic without a screen: the database commands on real collection files with
 // canned dialog answers, the document name, the enablement rule, the spot button rules, the
-// re-read after new prices and the close query.
+// values after new prices (also from a real refresh against a local server) and the close query.
 
 #include "dmInternalData.h"
 #include "support_common.h"
 #include "support_datarow.h"
+#include "support_httpserver.h"
 #include "uDBError.h"
 #include "uMainController.h"
+#include "uPayloadCipher.h"
+#include "uPayloadKeys.h"
 #include "uSpot.h"
 #include "uTemplate.h"
 #include "uValuation.h"
@@ -71,6 +74,12 @@ void InsertCoinBehindTheBack(const QString& path, const QString& name)
 TSpotPrice Spot(int metal, double price, double changeAbs, const QString& date = "2024-05-06 10:15")
 {
     return {metal, price, "USD", date, changeAbs, "0"};
+}
+
+// The spot value of the current item: what new prices must reach.
+double SpotValue(TDBDataset& items)
+{
+    return items.fieldByName("SpotValue").asFloat();
 }
 
 } // namespace
@@ -255,13 +264,6 @@ private slots:
         Items().post();
         QCOMPARE(CoinRowsInFile(copy), 2);
         QCOMPARE(CoinRowsInFile(source), 1);
-
-        // Onto the open file: nothing changes.
-        const QByteArray bytes = ReadFile(copy);
-        Run(&TMainController::DBSaveAs, copy);
-        QVERIFY(m_controller->Connected());
-        QCOMPARE(ReadFile(copy), bytes);
-        QCOMPARE(m_controller->DocumentName(), "copy.db");
     }
 
     void saveAsWhileNotConnectedOnlyOpens_data()
@@ -297,34 +299,6 @@ private slots:
         QVERIFY(m_controller->CommandEnabled(TMainCommand::DBProperties));
         m_data->ADConnection->close();
         QVERIFY(!m_controller->CommandEnabled(TMainCommand::DBProperties));
-    }
-
-    void connectLastDatabase_data()
-    {
-        QTest::addColumn<QString>("kind");
-        AddRow("empty DBPath", "empty");
-        AddRow("deleted file", "missing");
-        AddRow("sound file", "sound");
-        AddRow("damaged file", "damaged");
-    }
-    void connectLastDatabase()
-    {
-        QFETCH(QString, kind);
-        if (kind == "missing")
-            DBPath = Path("deleted.db");
-        else if (kind == "sound")
-            DBPath = MakeCollection("last.db");
-        else if (kind == "damaged")
-            WriteFile(DBPath = Path("broken.db"), QByteArray(4096, '\x7f'));
-        const QString before = DBPath;
-        if (kind == "damaged")
-            QVERIFY_THROWS_EXCEPTION(EDatabaseError, m_controller->ConnectLastDatabase());
-        else
-            QCOMPARE(m_controller->ConnectLastDatabase(), kind == "sound");
-        QCOMPARE(m_controller->Connected(), kind == "sound");
-        QCOMPARE(m_controller->DocumentName(), kind == "sound" ? "last.db" : "");
-        QCOMPARE(QFileInfo(DBPath).absoluteFilePath(), QFileInfo(before).absoluteFilePath());
-        QCOMPARE(DBPath.isEmpty(), before.isEmpty());
     }
 
     void spotGlyph_data()
@@ -405,18 +379,66 @@ private slots:
         QCOMPARE(MetalDisplayName(7), QString());
     }
 
-    void newPricesReReadTheItems()
+    // New prices reach every item without reading the file: a row added behind the back stays
+    // unseen until the next read, and the views hear of it once.
+    void newPricesValueTheItemsInMemory()
     {
         QVERIFY(!m_controller->RefreshItemsForNewPrices()); // nothing open
-        const QString file = MakeCollection("prices.db");
+        const QString file = MakeCollection("prices.db", {"Kangaroo"});
         Run(&TMainController::DBOpen, file);
-        QCOMPARE(m_controller->ItemCount(), 0);
-        InsertCoinBehindTheBack(file, "Kangaroo");
+        QCOMPARE(SpotValue(Items()), 0.0);
+        InsertCoinBehindTheBack(file, "Behind the back");
+        SpotPrices().Add(Spot(mtSilver, 30, 0));
         QSignalSpy resets(m_data->qDS_Items, &TDBDataset::afterReset);
         QVERIFY(m_controller->RefreshItemsForNewPrices());
         QCOMPARE(m_controller->ItemCount(), 1);
-        QCOMPARE(resets.count(), 1); // one reset for the whole re-read
+        QCOMPARE(resets.count(), 1);
+        QCOMPARE(SpotValue(Items()), 30.0);
         QVERIFY(!Items().controlsDisabled());
+
+        // Items still to be read are valued as they arrive.
+        QVERIFY(m_controller->ConnectLastDatabase(TRowFetch::Deferred));
+        QVERIFY(!m_controller->RefreshItemsForNewPrices());
+        QVERIFY(m_controller->FetchPendingItems());
+        QVERIFY(!m_controller->FetchPendingItems());
+        QCOMPARE(m_controller->ItemCount(), 2);
+        for (Items().first(); !Items().eof(); Items().next())
+            QCOMPARE(SpotValue(Items()), 30.0);
+    }
+
+    // A refresh against a real server whose reply is held while the collection opens: the items end
+    // with the new prices, whether the reply comes after the rows or before them.
+    void collectionOpenedWhileAReplyIsInFlight_data()
+    {
+        QTest::addColumn<bool>("deferred");
+        AddRow("reply after the rows", false);
+        AddRow("reply before the rows", true);
+    }
+    void collectionOpenedWhileAReplyIsInFlight()
+    {
+        QFETCH(bool, deferred);
+        TTestHttpServer server;
+        QVERIFY(server.IsListening());
+        SettingsStore().SetStringValue("CatalogueServer", QString(), server.BaseURL());
+        Currency = "USD";
+        const QByteArray reply =
+            R"([{"BaseCurrency":"XAG","Price":32.5,"DateC":"now","ChangeAbs":1,"ChangePerc":"1"}])";
+        server.SetReply("/orv/spot.php", {200, EncryptBytes(reply, PayloadKeyA, PayloadKeyB), "held"});
+        SpotPrices().OnLoaded = [this](TSpotPrices*) { m_controller->RefreshItemsForNewPrices(); };
+        SpotPrices().Refresh();
+        QVERIFY(server.WaitForRequests("/orv/spot.php", 1, 10000));
+
+        DBPath = MakeCollection("flight.db", {"Maple", "Eagle"});
+        QVERIFY(m_controller->ConnectLastDatabase(deferred ? TRowFetch::Deferred : TRowFetch::Now));
+        server.Release("held");
+        QVERIFY(QTest::qWaitFor([] { return !SpotPrices().Busy; }, 20000));
+        SpotPrices().OnLoaded = nullptr;
+        QCOMPARE(SpotPrices().SpotPriceOf(mtSilver), 32.5);
+        QCOMPARE(m_controller->FetchPendingItems(), deferred);
+        QCOMPARE(m_controller->ItemCount(), 2);
+        for (Items().first(); !Items().eof(); Items().next())
+            QCOMPARE(SpotValue(Items()), 32.5);
+        SettingsStore().SetStringValue("CatalogueServer", QString(), QString());
     }
 
     void newPricesSkipAnEditedRow_data()
@@ -432,9 +454,10 @@ private slots:
         Run(&TMainController::DBOpen, file);
         insert ? Items().append() : Items().edit();
         Items().fieldByName("Name").setAsString("Being typed");
-        InsertCoinBehindTheBack(file, "Behind the back");
+        SpotPrices().Add(Spot(mtSilver, 30, 0));
         QVERIFY(!m_controller->RefreshItemsForNewPrices());
         QCOMPARE(Items().state(), insert ? TDatasetState::Insert : TDatasetState::Edit);
+        QCOMPARE(Items().fieldByName("SpotValue").asFloat(), 0.0); // the old price until the next read
         QCOMPARE(Items().fieldByName("Name").asString(), "Being typed");
         QVERIFY(!Items().controlsDisabled());
     }

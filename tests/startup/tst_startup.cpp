@@ -40,6 +40,27 @@
 
 namespace {
 
+// Calls a function whenever the watched object gets an event of one type.
+class TEventProbe : public QObject
+{
+public:
+    TEventProbe(QObject* watched, QEvent::Type type, std::function<void()> seen)
+        : m_type(type), m_seen(std::move(seen))
+    {
+        watched->installEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == m_type)
+            m_seen();
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+    std::function<void()> m_seen;
+};
+
 class TCannedDialogs : public TFileDialogSeam
 {
 public:
@@ -90,12 +111,15 @@ private:
     // Phases A to D, the loop and the shutdown, as the program runs them. `during` runs inside the
     // loop once the first show is through: the splash released, or an error box shown. The runner
     // then closes the main window, which ends the loop.
-    void RunProgram(const std::function<void(TOrvaneStartup&)>& during)
+    void RunProgram(const std::function<void(TOrvaneStartup&)>& during,
+                    const std::function<void(TOrvaneStartup&)>& created = {})
     {
         const qsizetype boxesBefore = m_presenter.Requests.size();
         StartupPhaseA();
         TOrvaneStartup startup(TStartupOptions{false});
         startup.CreateForms();
+        if (created)
+            created(startup);
         QVERIFY(startup.SplashForm());
         QVERIFY(startup.SplashForm()->isVisible());
         startup.MainForm()->SetFileDialogs(&m_dialogs);
@@ -213,6 +237,50 @@ private slots:
         });
         QCOMPARE(UserStore().GetStringValue("DBPath", "?"), dbPath);
         QVERIFY(!DM_InternalData());
+    }
+
+    // The window paints with the collection open but its items not read; they come right after, and
+    // before the splash goes.
+    void firstPaintComesBeforeTheItems()
+    {
+        const QString file = MakeCollection("many.db");
+        ExecSql(file, "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 50) "
+                      "INSERT INTO tblCoins (Name, Metal, WeightG) SELECT 'Item ' || i, 1, 31.1035 FROM n");
+        UserStore().SetStringValue("DBPath", QString(), file);
+        struct TAtFirstPaint
+        {
+            bool Seen = false;
+            bool RowsPending = false;
+            int Rows = -1;
+            QString Title;
+            QString Count;
+            bool Splash = false;
+        } atPaint;
+        std::unique_ptr<QObject> probe;
+        RunProgram(
+            [&](TOrvaneStartup& startup) {
+                QVERIFY(atPaint.Seen);
+                QVERIFY(atPaint.RowsPending);
+                QCOMPARE(atPaint.Rows, 0);
+                QCOMPARE(atPaint.Title, "many.db - Orvane");
+                QCOMPARE(atPaint.Count, "Loading data...");
+                QVERIFY(atPaint.Splash);
+                QCOMPARE(startup.MainForm()->Controller()->ItemCount(), 50);
+                QCOMPARE(startup.MainForm()->lItems()->text(), "50");
+            },
+            [&](TOrvaneStartup& startup) {
+                TORVMainForm* form = startup.MainForm();
+                probe.reset(new TEventProbe(form, QEvent::Paint, [&atPaint, &startup, form] {
+                    if (atPaint.Seen)
+                        return;
+                    atPaint = {true,
+                               form->Data().qDS_Items->rowsPending(),
+                               form->Data().qDS_Items->recordCount(),
+                               form->windowTitle(),
+                               form->lItems()->text(),
+                               startup.SplashForm() != nullptr};
+                }));
+            });
     }
 
     void geometryFromTheStore()
@@ -403,13 +471,13 @@ private slots:
         TDM_InternalData data;
         TORVMainForm form(data);
         const QString file = MakeCollection("spot.db");
+        ExecSql(file, "INSERT INTO tblCoins (Name, Metal, WeightG) VALUES ('Eagle', 0, 31.1035)");
         QVERIFY(!form.actDBProperties()->isEnabled());
         QVERIFY(data.ConnectDatabase(file));
         // The rule follows the connection at once, not only when the loop next falls idle.
         QVERIFY(form.actDBProperties()->isEnabled());
         QCOMPARE(form.SpotButton(mtPlatinum)->text(), "Platinum");
 
-        ExecSql(file, "INSERT INTO tblCoins (Name, Metal, WeightG) VALUES ('Eagle', 0, 31.1035)");
         SpotPrices().LoadFromText(
             R"([{"BaseCurrency":"XAU","Price":2345.5,"DateC":"2024-05-06 10:00","ChangeAbs":0,"ChangePerc":"0"},
                               {"BaseCurrency":"XAG","Price":27.25,"DateC":"2024-05-06 10:01","ChangeAbs":-0.3,"ChangePerc":"-1.1"}])",
@@ -421,8 +489,8 @@ private slots:
                  form.SpotGlyphIcon(TSpotGlyph::Fall).cacheKey());
         QCOMPARE(form.SpotButton(mtPlatinum)->text(), "Platinum");
         QVERIFY(form.SpotButton(mtPlatinum)->icon().isNull());
-        // The item dataset was read again for the new prices.
-        QCOMPARE(data.qDS_Items->recordCount(), 1);
+        // The items follow the new prices.
+        QCOMPARE(data.qDS_Items->fieldByName("SpotValue").asFloat(), 2345.5);
         QCOMPARE(form.lItems()->text(), "1");
 
         // A reply without silver leaves its button as the last reply left it.

@@ -119,9 +119,6 @@ private slots:
     void unreadableRaises();
     void blankChoice_data();
     void blankChoice();
-    void barSameBothSides();
-    void allBlankPictures_data();
-    void allBlankPictures();
     void blankThumbnail_data();
     void blankThumbnail();
     void paletteThumbnail_data();
@@ -283,17 +280,10 @@ void TestThumbnail::blankChoice()
     QCOMPARE(bytes, named.readAll());
 }
 
-void TestThumbnail::barSameBothSides()
-{
-    QCOMPARE(BlankPicture(0, 3, true), BlankPicture(0, 3, false));
-    QCOMPARE(BlankPicture(2, 4, true), BlankPicture(2, 3, false));
-    QVERIFY(BlankPicture(0, 0, true) != BlankPicture(0, 0, false));
-    QVERIFY(BlankPicture(0, 3, true) != BlankPicture(1, 3, true));
-    QCOMPARE(BlankPicture(9, 7, true), BlankPicture(0, 0, true));
-    QCOMPARE(BlankPicture(0, 7, false), BlankPicture(0, 0, false));
-}
-
-void TestThumbnail::allBlankPictures_data()
+// What an item without a photo stores: the thumbnail of its blank picture. It is kept twice with every
+// such item, so two of them and the item's texts have to fit one 4 KB page of the file; the pictures
+// are drawn at the thumbnail's height, so the thumbnail shows the picture's own pixels.
+void TestThumbnail::blankThumbnail_data()
 {
     QTest::addColumn<int>("metal");
     QTest::addColumn<int>("coinType");
@@ -305,38 +295,16 @@ void TestThumbnail::allBlankPictures_data()
     }
 }
 
-void TestThumbnail::allBlankPictures()
-{
-    QFETCH(int, metal);
-    QFETCH(int, coinType);
-    QFETCH(bool, obverse);
-    const QByteArray bytes = BlankPicture(metal, coinType, obverse);
-    QCOMPARE(formatOf(bytes), QByteArray("png"));
-    const QImage img = QImage::fromData(bytes, "PNG");
-    QVERIFY(!img.isNull());
-    QVERIFY(img.height() >= 200);
-    QVERIFY(img.hasAlphaChannel());
-    // Transparent background, solid metal in the middle.
-    QCOMPARE(qAlpha(img.pixel(0, 0)), 0);
-    QCOMPARE(qAlpha(img.pixel(img.width() / 2, img.height() / 2)), 255);
-}
-
-// What an item without a photo stores: the thumbnail of its blank picture. It is kept with every such
-// item, so it has to stay small; the pictures are drawn at the thumbnail's height, so the thumbnail
-// shows the picture's own pixels.
-void TestThumbnail::blankThumbnail_data()
-{
-    allBlankPictures_data();
-}
-
 void TestThumbnail::blankThumbnail()
 {
     QFETCH(int, metal);
     QFETCH(int, coinType);
     QFETCH(bool, obverse);
     const QByteArray picture = BlankPicture(metal, coinType, obverse);
+    QCOMPARE(formatOf(picture), QByteArray("png"));
+    QVERIFY(picture != BlankPicture(metal, coinType, !obverse) || coinType == 3); // a bar serves both sides
     const QByteArray thumb = MakeThumbnail(picture);
-    QVERIFY2(thumb.size() <= 12 * 1024, QByteArray::number(thumb.size()).constData());
+    QVERIFY2(thumb.size() <= 1700, QByteArray::number(thumb.size()).constData());
     QCOMPARE(formatOf(thumb), QByteArray("png"));
     const QImage source = QImage::fromData(picture, "PNG");
     const QImage img = QImage::fromData(thumb, "PNG");
@@ -344,7 +312,6 @@ void TestThumbnail::blankThumbnail()
     QCOMPARE(img.size(), source.size());
     QCOMPARE(img.size(), coinType == 3 ? QSize(360, 200) : QSize(200, 200));
     QCOMPARE(img.format(), QImage::Format_Indexed8);
-    QVERIFY(img.colorCount() <= 256);
     QVERIFY(meanDifference(source, img) < 0.5);
     QCOMPARE(qAlpha(img.pixel(0, 0)), 0);
     QCOMPARE(qAlpha(img.pixel(img.width() / 2, img.height() / 2)), 255);
