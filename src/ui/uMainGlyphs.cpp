@@ -1,6 +1,5 @@
 #include "uMainGlyphs.h"
 
-#include "uBlankPictures.h"
 #include "uQuickSearches.h"
 
 #include <QPainter>
@@ -279,20 +278,27 @@ QPixmap GalleryPicture(quint8 mode, const QString& caption)
     const bool bar = mode == smGoldBars || mode == smSilverBars;
     constexpr int size = 100;
     QPixmap pixmap = Canvas(size);
-    QPixmap blank;
-    blank.loadFromData(BlankPicture(gold ? 0 : 1, bar ? 3 : 0, true));
     QPainter p(&pixmap);
     p.setRenderHint(QPainter::Antialiasing);
-    p.setRenderHint(QPainter::SmoothPixmapTransform);
-    if (!blank.isNull()) {
-        const QPixmap scaled =
-            blank.scaled(size - 8, size - 8, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        p.drawPixmap((size - scaled.width()) / 2, (size - scaled.height()) / 2, scaled);
-    } else if (bar) {
-        p.setBrush(gold ? cGoldDark : cSilverDark);
-        p.drawRoundedRect(QRectF(14, 26, 72, 48), 6, 6);
+    const QColor light = gold ? cGoldLight : cSilverLight;
+    const QColor dark = gold ? cGoldDark : cSilverDark;
+    if (bar) {
+        // A cast bar seen from above: a bevelled outline around a flat top.
+        const QRectF outer(10, 22, 80, 56);
+        QLinearGradient g(outer.topLeft(), outer.bottomRight());
+        g.setColorAt(0, light);
+        g.setColorAt(1, dark);
+        p.setBrush(g);
+        p.setPen(QPen(dark.darker(130), 1.5));
+        p.drawRoundedRect(outer, 8, 8);
+        QLinearGradient top(outer.bottomRight(), outer.topLeft());
+        top.setColorAt(0, light);
+        top.setColorAt(1, dark.lighter(115));
+        p.setBrush(top);
+        p.setPen(QPen(dark, 1));
+        p.drawRoundedRect(outer.adjusted(9, 8, -9, -8), 5, 5);
     } else {
-        PaintCoin(p, QRectF(6, 6, 88, 88), gold ? cGoldLight : cSilverLight, gold ? cGoldDark : cSilverDark);
+        PaintCoin(p, QRectF(6, 6, 88, 88), light, dark);
     }
     // The initials of the caption, stamped in the middle.
     QString initials;
@@ -301,7 +307,7 @@ QPixmap GalleryPicture(quint8 mode, const QString& caption)
             initials += word.at(0).toUpper();
     }
     QFont f = p.font();
-    f.setPixelSize(26);
+    f.setPixelSize(initials.size() > 2 ? 22 : 26);
     f.setBold(true);
     p.setFont(f);
     const QColor ink = gold ? QColor(0x7A, 0x4E, 0x08) : QColor(0x4B, 0x55, 0x60);
