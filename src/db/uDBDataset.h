@@ -50,13 +50,15 @@ enum class TRowFetch
 class TDBDataset;
 using TDatasetNotifyEvent = std::function<void(TDBDataset&)>;
 
-// The record that a TDBDataset::recalcRows() handler works on: typed reads of its fields that give
-// what TDBField's readers give, without going through QVariant, and writes of its Calculated Float
-// fields straight into the stored row. Field objects work too (state CalcFields).
+// The record being read (OnReadRecord, OnCalcFields) or recalculated (recalcRows): typed reads of
+// its fields that give what TDBField's readers give, without going through QVariant, and writes of
+// its Calculated Float fields (in recalcRows straight into the stored row). Field objects work too
+// (state CalcFields).
 class TDBRecalcRecord
 {
 public:
-    // As TDBField::asFloat() / asLargeInt() / asInteger() on this record.
+    // As TDBField::isNull() / asFloat() / asLargeInt() / asInteger() on this record.
+    bool isNull(const TDBField& field) const;
     double asFloat(const TDBField& field) const;
     qint64 asLargeInt(const TDBField& field) const;
     int asInteger(const TDBField& field) const { return int(asLargeInt(field)); }
@@ -65,9 +67,10 @@ public:
 
 private:
     friend class TDBDataset;
-    explicit TDBRecalcRecord(TDBDataset& dataset) : m_ds(dataset) {}
+    TDBRecalcRecord(TDBDataset& dataset, bool inPlace) : m_ds(dataset), m_inPlace(inPlace) {}
 
     TDBDataset& m_ds;
+    bool m_inPlace; // writes go into m_row (recalcRows), or to the record buffer (a read)
     std::byte* m_row = nullptr;
     // Values that did not fit in place: the row is built anew with them.
     std::vector<std::pair<int, std::optional<double>>> m_pending;
@@ -161,6 +164,9 @@ public:
     // and keeps the Calculated values it sets, without reading the file; then tells observers
     // with one reset. The edit buffer of a record in edit or insert state is not touched.
     void recalcRows(const std::function<void(TDBRecalcRecord&)>& calc);
+    // The record being read, for typed access from an OnReadRecord or OnCalcFields handler while a
+    // record is read from the file. Throws outside such a handler.
+    TDBRecalcRecord recordBeingRead();
     void close();
     bool active() const { return m_state != TDatasetState::Inactive; }
     void setActive(bool value);
@@ -352,6 +358,8 @@ private:
     // The values of base with those assigned in buffer over them.
     void fillBuilder(TDBRowBuilder& builder, const std::byte* base, const RecordBuffer& buffer) const;
     void runCalcFields(bool readRecord);
+    // CalcFields for the current stored record (after a cancelled edit).
+    void calcCurrentRow();
 
     // view
     void rebuildView(bool keepPosition);

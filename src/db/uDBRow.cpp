@@ -3,6 +3,7 @@
 #include "uDBError.h"
 #include "uDBField.h"
 
+#include <algorithm>
 #include <cstring>
 
 using namespace Qt::StringLiterals;
@@ -121,66 +122,80 @@ TDBRowBuilder::TDBRowBuilder(int slotCount)
     reset(slotCount);
 }
 
+void TDBRowBuilder::reserve(std::size_t size)
+{
+    if (size <= m_capacity)
+        return;
+    if (size > kMaxOffset)
+        throw EDatabaseError(u"Record too large to be held in memory (%1 bytes)"_s.arg(qulonglong(size)));
+    const std::size_t capacity = std::max<std::size_t>({size, m_capacity * 2, 1024});
+    auto grown = std::make_unique_for_overwrite<std::byte[]>(capacity);
+    if (m_size)
+        std::memcpy(grown.get(), m_buffer.get(), m_size);
+    m_buffer = std::move(grown);
+    m_capacity = capacity;
+}
+
 void TDBRowBuilder::reset(int slotCount)
 {
-    m_slots.assign(std::size_t(slotCount), DBRow::TagNull);
-    m_data.clear();
+    m_slotCount = slotCount;
+    m_size = 0;
+    reserve(std::size_t(slotCount) * 4);
+    clear();
 }
 
 void TDBRowBuilder::clear()
 {
-    std::fill(m_slots.begin(), m_slots.end(), quint32(DBRow::TagNull));
-    m_data.clear();
+    // Every slot NULL (tag 0), no values.
+    m_size = std::size_t(m_slotCount) * 4;
+    if (m_size)
+        std::memset(m_buffer.get(), 0, m_size);
 }
 
-void TDBRowBuilder::append(const void* data, std::size_t length)
+quint32 TDBRowBuilder::append(const void* data, std::size_t length)
 {
-    const auto* bytes = static_cast<const std::byte*>(data);
-    m_data.insert(m_data.end(), bytes, bytes + length);
+    const std::size_t offset = m_size;
+    reserve(offset + length);
+    if (length)
+        std::memcpy(m_buffer.get() + offset, data, length);
+    m_size = offset + length;
+    return quint32(offset);
+}
+
+void TDBRowBuilder::setNullRoom(int slot)
+{
+    const double zero = 0.0;
+    setSlot(slot, (append(&zero, 8) << 4) | DBRow::TagNullRoom);
 }
 
 void TDBRowBuilder::setInt(int slot, qint64 value)
 {
     if (value >= kSmallMin && value <= kSmallMax) {
-        m_slots[std::size_t(slot)] = (quint32(qint32(value)) << 4) | DBRow::TagSmallInt;
+        setSlot(slot, (quint32(qint32(value)) << 4) | DBRow::TagSmallInt);
         return;
     }
-    const std::size_t offset = m_data.size();
-    append(&value, 8);
-    m_slots[std::size_t(slot)] = quint32(offset << 4) | DBRow::TagInt;
+    setSlot(slot, (append(&value, 8) << 4) | DBRow::TagInt);
 }
 
 void TDBRowBuilder::setDouble(int slot, double value)
 {
-    const std::size_t offset = m_data.size();
-    append(&value, 8);
-    m_slots[std::size_t(slot)] = quint32(offset << 4) | DBRow::TagDouble;
-}
-
-void TDBRowBuilder::setNullRoom(int slot)
-{
-    const std::size_t offset = m_data.size();
-    const double zero = 0.0;
-    append(&zero, 8);
-    m_slots[std::size_t(slot)] = quint32(offset << 4) | DBRow::TagNullRoom;
+    setSlot(slot, (append(&value, 8) << 4) | DBRow::TagDouble);
 }
 
 void TDBRowBuilder::setText(int slot, const char* utf8, qsizetype length)
 {
-    const std::size_t offset = m_data.size();
     const quint32 n = quint32(length);
-    append(&n, 4);
+    const quint32 offset = append(&n, 4);
     append(utf8, std::size_t(length));
-    m_slots[std::size_t(slot)] = quint32(offset << 4) | DBRow::TagText;
+    setSlot(slot, (offset << 4) | DBRow::TagText);
 }
 
 void TDBRowBuilder::setBlob(int slot, const void* data, qsizetype length)
 {
-    const std::size_t offset = m_data.size();
     const quint32 n = quint32(length);
-    append(&n, 4);
+    const quint32 offset = append(&n, 4);
     append(data, std::size_t(length));
-    m_slots[std::size_t(slot)] = quint32(offset << 4) | DBRow::TagBlob;
+    setSlot(slot, (offset << 4) | DBRow::TagBlob);
 }
 
 void TDBRowBuilder::setVariant(int slot, const QVariant& value)
@@ -212,6 +227,11 @@ void TDBRowBuilder::setVariant(int slot, const QVariant& value)
         setBlob(slot, bytes.constData(), bytes.size());
         return;
     }
+    case QMetaType::QString: {
+        const QByteArray text = value.toString().toUtf8();
+        setText(slot, text.constData(), text.size());
+        return;
+    }
     default: {
         const QByteArray text = TDBField::valueText(value, TFieldType::Unknown).toUtf8();
         setText(slot, text.constData(), text.size());
@@ -230,59 +250,25 @@ void TDBRowBuilder::copySlot(int slot, const std::byte* row, int fromSlot)
     switch (s & 0xF) {
     case DBRow::TagNull:
     case DBRow::TagSmallInt:
-        m_slots[std::size_t(slot)] = s;
+        setSlot(slot, s);
         return;
     case DBRow::TagInt:
     case DBRow::TagDouble:
-    case DBRow::TagNullRoom: {
-        const std::size_t offset = m_data.size();
-        append(row + (s >> 4), 8);
-        m_slots[std::size_t(slot)] = quint32(offset << 4) | (s & 0xF);
+    case DBRow::TagNullRoom:
+        setSlot(slot, (append(row + (s >> 4), 8) << 4) | (s & 0xF));
         return;
-    }
     default: {
         const std::byte* p = row + (s >> 4);
-        const std::size_t offset = m_data.size();
-        append(p, 4 + std::size_t(lengthAt(p)));
-        m_slots[std::size_t(slot)] = quint32(offset << 4) | (s & 0xF);
+        setSlot(slot, (append(p, 4 + std::size_t(lengthAt(p))) << 4) | (s & 0xF));
         return;
     }
     }
-}
-
-std::size_t TDBRowBuilder::writeRow(std::byte* out) const
-{
-    const std::size_t head = m_slots.size() * 4;
-    // Offsets in the slots are relative to the data part; shift them to the row start.
-    for (std::size_t i = 0; i < m_slots.size(); ++i) {
-        quint32 s = m_slots[i];
-        const quint32 tag = s & 0xF;
-        if (tag != DBRow::TagNull && tag != DBRow::TagSmallInt)
-            s = (((s >> 4) + quint32(head)) << 4) | tag;
-        std::memcpy(out + i * 4, &s, 4);
-    }
-    if (!m_data.empty())
-        std::memcpy(out + head, m_data.data(), m_data.size());
-    return head + m_data.size();
 }
 
 TDBRowData TDBRowBuilder::build() const
 {
-    const std::size_t total = m_slots.size() * 4 + m_data.size();
-    if (total > kMaxOffset)
-        throw EDatabaseError(u"Record too large to be held in memory (%1 bytes)"_s.arg(qulonglong(total)));
-    TDBRowData row = std::make_unique_for_overwrite<std::byte[]>(total ? total : 1);
-    writeRow(row.get());
+    TDBRowData row = std::make_unique_for_overwrite<std::byte[]>(m_size ? m_size : 1);
+    if (m_size)
+        std::memcpy(row.get(), m_buffer.get(), m_size);
     return row;
-}
-
-const std::byte* TDBRowBuilder::buildScratch()
-{
-    const std::size_t total = m_slots.size() * 4 + m_data.size();
-    if (total > kMaxOffset)
-        throw EDatabaseError(u"Record too large to be held in memory (%1 bytes)"_s.arg(qulonglong(total)));
-    if (m_scratch.size() < total + 1)
-        m_scratch.resize(total + 1);
-    writeRow(m_scratch.data());
-    return m_scratch.data();
 }

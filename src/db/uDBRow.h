@@ -62,28 +62,32 @@ bool setNumberInPlace(std::byte* row, int slot, const double* value);
 
 } // namespace DBRow
 
-// Builds packed rows. Slots may be set in any order; unset slots are NULL.
+// Builds packed rows. Slots may be set in any order; unset slots are NULL. The row is built in
+// place, in its final layout (slot table, then the values), so that it can be read as it grows and
+// stored with one copy.
 class TDBRowBuilder
 {
 public:
     explicit TDBRowBuilder(int slotCount = 0);
+    TDBRowBuilder(const TDBRowBuilder&) = delete;
+    TDBRowBuilder& operator=(const TDBRowBuilder&) = delete;
 
     void reset(int slotCount);
     void clear();
-    int slotCount() const { return int(m_slots.size()); }
+    int slotCount() const { return m_slotCount; }
 
-    void setNull(int slot) { m_slots[std::size_t(slot)] = DBRow::TagNull; }
+    void setNull(int slot) { setSlot(slot, DBRow::TagNull); }
     // NULL, with 8 bytes of room for a number to be written in place later.
     void setNullRoom(int slot);
     // setNullRoom() when the slot is NULL without room; anything else stays.
     void reserveNumber(int slot)
     {
-        if (m_slots[std::size_t(slot)] == DBRow::TagNull)
+        if (slotAt(slot) == DBRow::TagNull)
             setNullRoom(slot);
     }
     bool isNull(int slot) const
     {
-        const quint32 tag = m_slots[std::size_t(slot)] & 0xF;
+        const quint32 tag = slotAt(slot) & 0xF;
         return tag == DBRow::TagNull || tag == DBRow::TagNullRoom;
     }
     void setInt(int slot, qint64 value);
@@ -95,17 +99,25 @@ public:
     // Copies slot `fromSlot` of another packed row into `slot`.
     void copySlot(int slot, const std::byte* row, int fromSlot);
 
+    // The row as it stands, stored in an allocation of its own.
     TDBRowData build() const;
-    // The row as build() would give it, in a buffer of the builder's own that the next call reuses:
-    // for reading a record before it is stored.
-    const std::byte* buildScratch();
+    // The row as it stands, in the builder's own buffer: valid until the builder changes.
+    const std::byte* rowSoFar() const { return m_buffer.get(); }
 
 private:
-    std::size_t writeRow(std::byte* out) const;
+    quint32 slotAt(int slot) const
+    {
+        quint32 s;
+        std::memcpy(&s, m_buffer.get() + std::size_t(slot) * 4, 4);
+        return s;
+    }
+    void setSlot(int slot, quint32 value) { std::memcpy(m_buffer.get() + std::size_t(slot) * 4, &value, 4); }
+    // Appends bytes behind the row; returns their offset from the row's start.
+    quint32 append(const void* data, std::size_t length);
+    void reserve(std::size_t size);
 
-    void append(const void* data, std::size_t length);
-
-    std::vector<quint32> m_slots;
-    std::vector<std::byte> m_data;
-    std::vector<std::byte> m_scratch;
+    int m_slotCount = 0;
+    std::unique_ptr<std::byte[]> m_buffer;
+    std::size_t m_size = 0; // bytes of the row so far
+    std::size_t m_capacity = 0;
 };

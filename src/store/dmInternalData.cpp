@@ -584,32 +584,45 @@ QByteArray TDM_InternalData::BlankThumbnail(int metal, int coinType, bool isObve
     return thumbnail;
 }
 
-void TDM_InternalData::qDS_ItemsReadRecord(TDBDataset& /*dataset*/)
+void TDM_InternalData::qDS_ItemsReadRecord(TDBDataset& dataset)
 {
-    const QVariant weight = m_fWeightG->value();
-    if (weight.isNull()) {
+    const bool reading = dataset.state() == TDatasetState::CalcFields;
+    const std::optional<TDBRecalcRecord> record =
+        reading ? std::optional<TDBRecalcRecord>(dataset.recordBeingRead()) : std::nullopt;
+    if (record ? record->isNull(*m_fWeightG) : m_fWeightG->isNull()) {
         m_fWeightOz->clear();
         m_fWeightGram->clear();
         return;
     }
-    const double grams = m_fWeightG->asFloat();
+    const double grams = record ? record->asFloat(*m_fWeightG) : m_fWeightG->asFloat();
     m_fWeightOz->setAsFloat(grams / TroyOunceGrams);
     m_fWeightGram->setAsFloat(grams);
 }
 
-void TDM_InternalData::qDS_ItemsCalcFields(TDBDataset& /*dataset*/)
+void TDM_InternalData::qDS_ItemsCalcFields(TDBDataset& dataset)
 {
-    const int metal = m_fMetal->asInteger();
-    const int coinType = m_fCoinType->asInteger();
-    const double weightG = m_fWeightG->asFloat();
+    // A record read from the file is read through the typed record; one being edited, posted or
+    // cancelled through its fields.
+    if (dataset.state() == TDatasetState::CalcFields) {
+        TDBRecalcRecord record = dataset.recordBeingRead();
+        TRecalcValues values{record};
+        CalcRecord(values, values);
+    } else {
+        TFieldValues values;
+        CalcRecord(values, values);
+    }
+}
+
+template <typename TValues> void TDM_InternalData::CalcRecord(const TValues& read, const TValues& write)
+{
+    const int metal = read.Integer(m_fMetal);
+    const int coinType = read.Integer(m_fCoinType);
     const QString metalText = metal >= 0 && metal < MetalCount ? m_metalTexts[std::size_t(metal)] : QString();
     const QString coinTypeText =
         coinType >= 0 && coinType < CoinTypeCount ? m_coinTypeTexts[std::size_t(coinType)] : QString();
-    m_fCaption->setAsString(
-        ItemCaption(m_fName->asString(), weightG, m_fYear->asInteger(), metalText, coinTypeText));
-
-    TFieldValues values;
-    ValueRecord(values, values);
+    m_fCaption->setAsString(ItemCaption(m_fName->asString(), read.Float(m_fWeightG), read.Integer(m_fYear),
+                                        metalText, coinTypeText));
+    ValueRecord(read, write);
 }
 
 template <typename TReader, typename TWriter>

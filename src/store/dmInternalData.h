@@ -94,6 +94,8 @@ private:
     // being recalculated): Float(field), Integer(field) and Set(field, value).
     template <typename TReader, typename TWriter>
     void ValueRecord(const TReader& read, const TWriter& write) const;
+    // Caption and money fields of the record, as qDS_ItemsCalcFields sets them.
+    template <typename TValues> void CalcRecord(const TValues& read, const TValues& write);
     void CreateItemFields();
     QByteArray BlankThumbnail(int metal, int coinType, bool isObverse);
     // Takes the metal and type names of the current language for the captions.

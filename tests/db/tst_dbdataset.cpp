@@ -379,6 +379,17 @@ private slots:
         ds->deleteRecord();
         ds->close();
         QCOMPARE(log.join(' '), "BeforeDelete AfterDelete BeforeClose AfterClose");
+
+        // A deferred open: the dataset is open at once, its records come with fetchPendingRows.
+        log.clear();
+        ds->open(TRowFetch::Deferred);
+        QVERIFY(ds->active() && ds->rowsPending() && ds->isEmpty());
+        QCOMPARE(log.join(' '), "BeforeOpen AfterOpen AfterScroll");
+        log.clear();
+        ds->fetchPendingRows();
+        ds->fetchPendingRows(); // nothing pending any more
+        QCOMPARE(log.join(' '), QString("ReadRecord CalcFields ").repeated(7) + "AfterScroll");
+        QCOMPARE(ds->recNo(), 1);
     }
 
     void beforePostHandlerCanVeto()

@@ -137,46 +137,36 @@ private slots:
     }
     void cleanupTestCase() { m_home.reset(); }
 
+    // New writes the template (over any file of that name, the open collection too, without asking)
+    // and opens it; its dialog is asked with the database filter, "db" and DefaultDBFolder.
+    void newMakesTheTemplateAndOpensIt_data()
+    {
+        QTest::addColumn<QString>("existing");
+        AddRow("no file yet", "");
+        AddRow("over a file that is no database", "text");
+        AddRow("over the open collection", "open");
+    }
     void newMakesTheTemplateAndOpensIt()
     {
+        QFETCH(QString, existing);
+        const QString file = Path("Vault.db");
+        if (existing == "open")
+            Run(&TMainController::DBOpen, MakeCollection("Vault.db", {"Maple Leaf"}));
+        else if (existing == "text")
+            WriteFile(file, "not a database at all");
+        m_dialogs.Requests.clear();
         QSignalSpy names(m_controller.get(), &TMainController::DocumentNameChanged);
         Run(&TMainController::DBNew, Path("Vault")); // no extension typed
-        const QString file = Path("Vault.db");
         QCOMPARE(ReadFile(file), NewBlankDatabaseBytes());
         QVERIFY(m_controller->Connected());
         QCOMPARE(m_controller->DocumentName(), "Vault.db");
-        QCOMPARE(names.count(), 1);
+        QCOMPARE(names.count(), existing == "open" ? 0 : 1);
         QCOMPARE(QFileInfo(DBPath), QFileInfo(file));
         QCOMPARE(m_controller->ItemCount(), 0);
-        // The dialog was asked with the database filter, "db" and the folder of DefaultDBFolder.
         QCOMPARE(m_dialogs.Requests.size(), 1);
         QCOMPARE(m_dialogs.Requests[0].Filter, "Database File (*.db)|*.db|All files (*.*)|*.*");
         QCOMPARE(m_dialogs.Requests[0].DefaultExt, "db");
         QCOMPARE(m_dialogs.Requests[0].InitialDir, m_dir->path());
-    }
-
-    // An existing file is replaced without asking, also the open one.
-    void newReplacesAnExistingFile_data()
-    {
-        QTest::addColumn<bool>("open");
-        AddRow("not a database", false);
-        AddRow("the open collection", true);
-    }
-    void newReplacesAnExistingFile()
-    {
-        QFETCH(bool, open);
-        const QString file = Path("old.db");
-        if (open) {
-            Run(&TMainController::DBOpen, MakeCollection("old.db", {"Maple Leaf"}));
-            QCOMPARE(m_controller->ItemCount(), 1);
-        } else {
-            WriteFile(file, "not a database at all");
-        }
-        Run(&TMainController::DBNew, file);
-        QVERIFY(m_controller->Connected());
-        QCOMPARE(m_controller->ItemCount(), 0);
-        QCOMPARE(QFileInfo(file).size(), qint64(NewBlankDatabaseBytes().size()));
-        QCOMPARE(CoinRowsInFile(file), 0);
     }
 
     void initialFolderIsReadAtEachUse()
