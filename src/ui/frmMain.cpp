@@ -345,6 +345,7 @@ void TORVMainForm::ConnectActions()
     connect(m_btnBackstageQuit, &QAction::triggered, Action(u"actExit"_s), &QAction::trigger);
     // The drop-down buttons follow what they run.
     connect(Action(u"actAdd"_s), &QAction::enabledChanged, m_btnAddDropDown, &QAction::setEnabled);
+    connect(Action(u"actEdit"_s), &QAction::enabledChanged, m_btnEditDropDown, &QAction::setEnabled);
     connect(Action(u"actStats"_s), &QAction::enabledChanged, m_btnBackstageStats, &QAction::setEnabled);
 }
 
@@ -400,8 +401,10 @@ void TORVMainForm::CreateMenus()
     });
     QAction* edit = m_pmGrid->addMenu(m_pmEditSelected);
     edit->setIcon(m_btnEditDropDown->icon());
-    connect(m_btnEditDropDown, &QAction::changed, edit,
-            [this, edit] { edit->setText(m_btnEditDropDown->text()); });
+    connect(m_btnEditDropDown, &QAction::changed, edit, [this, edit] {
+        edit->setText(m_btnEditDropDown->text());
+        edit->setEnabled(m_btnEditDropDown->isEnabled());
+    });
     m_pmGrid->addAction(Action(u"actRemoveSelected"_s));
     m_pmGrid->addSeparator();
     m_pmGrid->addAction(Action(u"actSelectAll"_s));

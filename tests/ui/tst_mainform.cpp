@@ -132,6 +132,8 @@ private slots:
         QTest::addColumn<bool>("closed");
         QTest::addColumn<bool>("open");
         AddRow("add", QString("rtGeneral"), QString("btnAddDropDown"), false, true);
+        AddRow("edit drop-down: no selection", QString("rtGeneral"), QString("btnEditDropDown"), false,
+               false);
         AddRow("remove: no selection", QString("rtGeneral"), QString("btnRemove"), false, false);
         AddRow("refresh", QString("rtGeneral"), QString("btnRefresh"), false, true);
         AddRow("statistics", QString("rtGeneral"), QString("btnStats"), false, true);
