@@ -107,6 +107,9 @@ public:
     // The shown text of a group's key.
     QString groupValueText(const TGridGroupNode* group) const;
     QVariant groupKey(const TGridGroupNode* group) const;
+    // A group by the keys of its levels, as text that outlives rebuilds, and back.
+    QString groupPath(const TGridGroupNode* group) const { return pathOf(group); }
+    const TGridGroupNode* groupOfPath(const QString& path) const { return nodeOfPath(path); }
 
     // Rows as a view shows them, with collapsed groups folded.
     int displayRowCount() const { return m_root ? m_root->DisplayCount : 0; }

@@ -161,6 +161,14 @@ void TGridPictureCache::clear()
     m_cache.clear();
 }
 
+void TGridPictureCache::removeMatching(const QString& prefix)
+{
+    const QList<QString> keys = m_cache.keys();
+    for (const QString& key : keys)
+        if (key.startsWith(prefix))
+            m_cache.remove(key);
+}
+
 TGridPictureCache::Stats TGridPictureCache::stats() const
 {
     QMutexLocker lock(&m_mutex);

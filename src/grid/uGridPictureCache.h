@@ -40,6 +40,8 @@ public:
     // The keys on screen; queued work for any other key is dropped.
     void setWanted(const QSet<QString>& keys);
     void clear();
+    // Drops the decoded pictures whose keys start with prefix (all for an empty prefix).
+    void removeMatching(const QString& prefix);
 
     struct Stats
     {
