@@ -4,14 +4,15 @@
 #include <QCollator>
 #include <QDate>
 #include <QDateTime>
-#include <QHash>
 #include <QLocale>
 #include <QTime>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <numeric>
+#include <unordered_map>
 
 namespace {
 quint64 nextGeneration()
@@ -62,14 +63,22 @@ int commonType(int a, int b)
     return QMetaType::Double;
 }
 
-quint64 numberBits(double d)
+// A hash of a text's code units (FNV-1a): for the short texts of a column much cheaper than
+// QHash's, which matters when every row of 100,000 is looked up.
+struct TextHash
 {
-    if (d == 0.0)
-        d = 0.0; // one zero for +0 and -0
-    quint64 bits = 0;
-    std::memcpy(&bits, &d, sizeof bits);
-    return bits;
-}
+    std::size_t operator()(const QString& text) const noexcept
+    {
+        std::size_t h = 1469598103934665603ull;
+        const char16_t* p = reinterpret_cast<const char16_t*>(text.constData());
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            h ^= p[i];
+            h *= 1099511628211ull;
+        }
+        return h;
+    }
+};
+
 } // namespace
 
 TGridKeyColumn::TGridKeyColumn(const QAbstractItemModel* model, int column, int role)
@@ -202,69 +211,119 @@ QVariant TGridKeyColumn::value(quint32 rank) const
     }
 }
 
+// What a build that goes a slice of rows at a time has gathered so far.
+struct TGridKeyColumn::BuildState
+{
+    int Rows = 0;
+    int Next = 0;
+    // Numbers are gathered with their rows and sorted; texts get an id per distinct text (the top
+    // bit set), which becomes a rank once the distinct texts are in order.
+    std::vector<quint32> Ranks;
+    std::vector<std::pair<double, quint32>> NumberRows;
+    std::unordered_map<double, quint32> NumberIds;
+    std::vector<double> Numbers;
+    bool ManyNumbers = false;
+    std::unordered_map<QString, quint32, TextHash> TextIds;
+    std::vector<QString> Texts;
+};
+
+TGridKeyColumn::~TGridKeyColumn() = default;
+
 void TGridKeyColumn::build()
 {
-    m_generation = nextGeneration();
-    m_numbers.clear();
-    m_texts.clear();
-    m_numberType = QMetaType::UnknownType;
-    const int rows = m_model ? m_model->rowCount() : 0;
-    m_ranks.assign(std::size_t(rows), 0);
-    if (rows == 0)
-        return;
+    beginBuild();
+    buildSome(std::numeric_limits<int>::max());
+}
 
-    // Distinct values first, each with an id; the ids become ranks once the distinct values are
-    // in order. Texts get ids with the top bit set.
+void TGridKeyColumn::beginBuild()
+{
+    m_build = std::make_unique<BuildState>();
+    m_build->Rows = m_model ? m_model->rowCount() : 0;
+    m_build->Ranks.assign(std::size_t(m_build->Rows), 0);
+    m_numberType = QMetaType::UnknownType;
+}
+
+bool TGridKeyColumn::buildSome(int rows)
+{
+    if (!m_build)
+        return true;
     constexpr quint32 textBit = 0x80000000u;
-    QHash<quint64, quint32> numberIds;
-    QHash<QString, quint32> textIds;
-    std::vector<double> numbers;
-    std::vector<QString> texts;
+    // Few distinct numbers are found by a hash; past this many the rows are sorted instead.
+    constexpr std::size_t hashedNumbers = 4096;
+    BuildState& b = *m_build;
     double number = 0;
     QString textValue;
-    for (int row = 0; row < rows; ++row) {
+    const int end = b.Rows - b.Next > rows ? b.Next + rows : b.Rows;
+    for (int row = b.Next; row < end; ++row) {
         const QVariant v = m_model->data(m_model->index(row, m_column), m_role);
         switch (classify(v, &number, &textValue)) {
         case ValueKind::Null:
             break;
         case ValueKind::Number: {
-            const auto it = numberIds.constFind(numberBits(number));
-            if (it != numberIds.constEnd()) {
-                m_ranks[std::size_t(row)] = it.value() + 1;
-            } else {
-                const quint32 id = quint32(numbers.size());
-                numbers.push_back(number == 0.0 ? 0.0 : number);
-                numberIds.insert(numberBits(number), id);
-                m_ranks[std::size_t(row)] = id + 1;
-            }
+            if (number == 0.0)
+                number = 0.0;
+            b.NumberRows.emplace_back(number, quint32(row));
+            if (b.ManyNumbers)
+                break;
+            const auto [it, added] = b.NumberIds.try_emplace(number, quint32(b.Numbers.size()));
+            if (added)
+                b.Numbers.push_back(number);
+            b.Ranks[std::size_t(row)] = it->second + 1;
+            b.ManyNumbers = b.Numbers.size() > hashedNumbers;
             break;
         }
         case ValueKind::Text: {
-            const auto it = textIds.constFind(textValue);
-            if (it != textIds.constEnd()) {
-                m_ranks[std::size_t(row)] = it.value() | textBit;
-            } else {
-                const quint32 id = quint32(texts.size());
-                texts.push_back(textValue);
-                textIds.insert(textValue, id);
-                m_ranks[std::size_t(row)] = id | textBit;
-            }
+            const auto [it, added] = b.TextIds.try_emplace(textValue, quint32(b.Texts.size()));
+            if (added)
+                b.Texts.push_back(textValue);
+            b.Ranks[std::size_t(row)] = it->second | textBit;
             break;
         }
         }
     }
+    b.Next = end;
+    if (b.Next < b.Rows)
+        return false;
 
-    // Numbers in order.
-    std::vector<quint32> numberOrder(numbers.size());
-    std::iota(numberOrder.begin(), numberOrder.end(), 0u);
-    std::sort(numberOrder.begin(), numberOrder.end(),
-              [&](quint32 a, quint32 b) { return numbers[a] < numbers[b]; });
-    std::vector<quint32> numberRank(numbers.size());
-    m_numbers.resize(numbers.size());
-    for (std::size_t i = 0; i < numberOrder.size(); ++i) {
-        numberRank[numberOrder[i]] = quint32(i + 1);
-        m_numbers[i] = numbers[numberOrder[i]];
+    // Every row read: the ranks in order.
+    const std::unique_ptr<BuildState> done = std::move(m_build);
+    const int count = done->Rows;
+    std::vector<quint32>& ranks = done->Ranks;
+    std::vector<std::pair<double, quint32>>& numberRows = done->NumberRows;
+    const std::vector<double>& numbers = done->Numbers;
+    const bool manyNumbers = done->ManyNumbers;
+    std::vector<QString>& texts = done->Texts;
+    m_generation = nextGeneration();
+    m_numbers.clear();
+    m_texts.clear();
+    m_rows = count;
+    m_width = 1;
+    m_store.assign(std::size_t(count), 0);
+    if (count == 0)
+        return true;
+    const int rowsTotal = count;
+
+    // Numbers in order: equal ones share a rank.
+    if (manyNumbers) {
+        std::sort(numberRows.begin(), numberRows.end());
+        for (std::size_t i = 0; i < numberRows.size(); ++i) {
+            if (i == 0 || numberRows[i].first != numberRows[i - 1].first)
+                m_numbers.push_back(numberRows[i].first);
+            ranks[numberRows[i].second] = quint32(m_numbers.size());
+        }
+    } else {
+        std::vector<quint32> order(numbers.size());
+        std::iota(order.begin(), order.end(), 0u);
+        std::sort(order.begin(), order.end(), [&](quint32 a, quint32 b) { return numbers[a] < numbers[b]; });
+        std::vector<quint32> rankOfId(numbers.size());
+        for (std::size_t i = 0; i < order.size(); ++i) {
+            rankOfId[order[i]] = quint32(i + 1);
+            m_numbers.push_back(numbers[order[i]]);
+        }
+        for (const auto& [value, row] : numberRows)
+            ranks[row] = rankOfId[ranks[row] - 1];
     }
+    std::vector<std::pair<double, quint32>>().swap(numberRows);
 
     // Texts in collation order, through sort keys made once per distinct text.
     std::vector<quint32> textOrder(texts.size());
@@ -296,18 +355,55 @@ void TGridKeyColumn::build()
         m_texts[i] = std::move(texts[textOrder[i]]);
     }
 
-    for (quint32& r : m_ranks) {
-        if (r == 0)
-            continue;
-        r = (r & textBit) ? textRank[r & ~textBit] : numberRank[r - 1];
+    fit(rankCount() - 1);
+    for (int row = 0; row < rowsTotal; ++row) {
+        const quint32 r = ranks[std::size_t(row)];
+        if (r != 0)
+            setRank(row, (r & textBit) ? textRank[r & ~textBit] : r);
     }
+    return true;
+}
+
+void TGridKeyColumn::setRank(int row, quint32 rank)
+{
+    quint8* at = m_store.data() + std::size_t(row) * std::size_t(m_width);
+    switch (m_width) {
+    case 1:
+        *at = quint8(rank);
+        break;
+    case 2: {
+        const quint16 value = quint16(rank);
+        std::memcpy(at, &value, sizeof value);
+        break;
+    }
+    default:
+        std::memcpy(at, &rank, sizeof rank);
+        break;
+    }
+}
+
+void TGridKeyColumn::fit(quint32 maxRank)
+{
+    const int width = maxRank <= 0xff ? 1 : (maxRank <= 0xffff ? 2 : 4);
+    if (width <= m_width)
+        return;
+    std::vector<quint32> ranks(static_cast<std::size_t>(m_rows));
+    for (int row = 0; row < m_rows; ++row)
+        ranks[std::size_t(row)] = rank(row);
+    m_width = width;
+    m_store.assign(std::size_t(m_rows) * std::size_t(width), 0);
+    for (int row = 0; row < m_rows; ++row)
+        setRank(row, ranks[std::size_t(row)]);
 }
 
 void TGridKeyColumn::renumberFrom(quint32 rank)
 {
-    for (quint32& r : m_ranks)
+    fit(rankCount() - 1);
+    for (int row = 0; row < m_rows; ++row) {
+        const quint32 r = this->rank(row);
         if (r >= rank)
-            ++r;
+            setRank(row, r + 1);
+    }
     m_generation = nextGeneration();
 }
 
@@ -350,10 +446,12 @@ void TGridKeyColumn::insertRows(int first, int last)
     const int count = last - first + 1;
     if (count <= 0)
         return;
-    m_ranks.insert(m_ranks.begin() + first, std::size_t(count), 0u);
+    m_store.insert(m_store.begin() + std::ptrdiff_t(first) * m_width,
+                   std::size_t(count) * std::size_t(m_width), 0);
+    m_rows += count;
     for (int row = first; row <= last; ++row) {
         const quint32 r = rankFor(m_model->data(m_model->index(row, m_column), m_role));
-        m_ranks[std::size_t(row)] = r;
+        setRank(row, r);
     }
 }
 
@@ -363,7 +461,9 @@ void TGridKeyColumn::removeRows(int first, int last)
     last = std::clamp(last, first - 1, rowCount() - 1);
     if (last < first)
         return;
-    m_ranks.erase(m_ranks.begin() + first, m_ranks.begin() + last + 1);
+    m_store.erase(m_store.begin() + std::ptrdiff_t(first) * m_width,
+                  m_store.begin() + std::ptrdiff_t(last + 1) * m_width);
+    m_rows -= last - first + 1;
 }
 
 void TGridKeyColumn::moveRows(int first, int last, int to)
@@ -372,10 +472,11 @@ void TGridKeyColumn::moveRows(int first, int last, int to)
     const int count = last - first + 1;
     if (count <= 0 || first == to || first < 0 || last >= rowCount() || to < 0 || to + count > rowCount())
         return;
+    const auto at = [this](int row) { return m_store.begin() + std::ptrdiff_t(row) * m_width; };
     if (to < first)
-        std::rotate(m_ranks.begin() + to, m_ranks.begin() + first, m_ranks.begin() + last + 1);
+        std::rotate(at(to), at(first), at(last + 1));
     else
-        std::rotate(m_ranks.begin() + first, m_ranks.begin() + last + 1, m_ranks.begin() + to + count);
+        std::rotate(at(first), at(last + 1), at(to + count));
 }
 
 void TGridKeyColumn::updateRows(int first, int last)
@@ -384,6 +485,6 @@ void TGridKeyColumn::updateRows(int first, int last)
     last = std::min(last, rowCount() - 1);
     for (int row = first; row <= last; ++row) {
         const quint32 r = rankFor(m_model->data(m_model->index(row, m_column), m_role));
-        m_ranks[std::size_t(row)] = r;
+        setRank(row, r);
     }
 }

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <cstring>
+#include <memory>
 #include <vector>
 
 class QAbstractItemModel;
@@ -17,11 +19,30 @@ class TGridKeyColumn
 {
 public:
     TGridKeyColumn(const QAbstractItemModel* model, int column, int role);
+    ~TGridKeyColumn();
 
     int column() const { return m_column; }
-    int rowCount() const { return int(m_ranks.size()); }
-    quint32 rank(int row) const { return m_ranks[std::size_t(row)]; }
-    const quint32* ranks() const { return m_ranks.data(); }
+    int rowCount() const { return m_rows; }
+    // Ranks are kept in one, two or four bytes a row, as few as the column's distinct values allow.
+    quint32 rank(int row) const
+    {
+        const quint8* at = m_store.data() + std::size_t(row) * std::size_t(m_width);
+        switch (m_width) {
+        case 1:
+            return *at;
+        case 2: {
+            quint16 value;
+            std::memcpy(&value, at, sizeof value);
+            return value;
+        }
+        default: {
+            quint32 value;
+            std::memcpy(&value, at, sizeof value);
+            return value;
+        }
+        }
+    }
+    int bytesPerRow() const { return m_width; }
 
     // Ranks run from 0 (null) to rankCount() - 1.
     quint32 rankCount() const { return quint32(1 + m_numbers.size() + m_texts.size()); }
@@ -42,6 +63,11 @@ public:
 
     // Reads every row.
     void build();
+    // The same a slice at a time: buildSome() reads up to `rows` more rows and is true once the
+    // column is complete; until then its ranks are not to be read.
+    void beginBuild();
+    bool buildSome(int rows);
+    bool isBuilding() const { return m_build != nullptr; }
     // Keep in step with the source model (rows as the model numbers them after the change).
     void insertRows(int first, int last);
     void removeRows(int first, int last);
@@ -68,11 +94,18 @@ private:
     ValueKind classify(const QVariant& value, double* number, QString* text);
     quint32 rankFor(const QVariant& value);
     void renumberFrom(quint32 rank);
+    void setRank(int row, quint32 rank);
+    // Wide enough for ranks up to maxRank.
+    void fit(quint32 maxRank);
 
+    struct BuildState;
+    std::unique_ptr<BuildState> m_build;
     const QAbstractItemModel* m_model;
     int m_column;
     int m_role;
-    std::vector<quint32> m_ranks;
+    std::vector<quint8> m_store;
+    int m_width = 1;
+    int m_rows = 0;
     std::vector<double> m_numbers;
     std::vector<QString> m_texts;
     int m_numberType = 0;

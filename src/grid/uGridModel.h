@@ -77,6 +77,13 @@ public:
     QString findText() const { return m_findText; }
     QStringList findWords() const { return m_findWords; }
     void setFindText(const QString& text);
+    // The find panel opened: the shown texts of the visible columns are read ahead, one column per
+    // call of prepareFindStep() (true when all are read) or all at once, so that keystrokes only
+    // match. releaseFind() lets them go again.
+    bool prepareFindStep();
+    static constexpr int FindSliceRows = 20000;
+    void prepareFind();
+    void releaseFind();
 
     // Summaries. Group items are computed for every group, footer items over all rows shown.
     int addGroupSummary(const TGridSummaryItem& item);
@@ -282,6 +289,10 @@ private:
     // By source column and column id; entries keep their place when others are added.
     std::unordered_map<qint64, ShownTexts> m_shownTexts;
     bool m_sortValid = false;
+    bool m_findPrepared = false;
+    QSet<int> m_needed;                           // source columns whose keys this view keeps
+    QSet<int> m_keyedForRows;                     // of those, the ones that order, group, filter or find
+    QSet<int> m_directSums;                       // summed columns too wide to keep keys of
     std::vector<std::pair<int, bool>> m_sortSpec; // source column, descending
 
     TGridSelection m_selection;

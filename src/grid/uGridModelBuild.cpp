@@ -13,39 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr QChar PathSeparator = QChar(0x1f);
 
-struct Accumulator
-{
-    double Sum = 0;
-    qint64 Numbers = 0;
-    qint64 Count = 0;
-    quint32 MinRank = 0;
-    quint32 MaxRank = 0;
-
-    void add(const TGridKeyColumn* keys, quint32 rank)
-    {
-        if (rank == 0)
-            return;
-        ++Count;
-        if (keys->isNumber(rank)) {
-            Sum += keys->number(rank);
-            ++Numbers;
-        }
-        if (MinRank == 0 || rank < MinRank)
-            MinRank = rank;
-        if (rank > MaxRank)
-            MaxRank = rank;
-    }
-    void add(const Accumulator& other)
-    {
-        Sum += other.Sum;
-        Numbers += other.Numbers;
-        Count += other.Count;
-        if (other.MinRank != 0 && (MinRank == 0 || other.MinRank < MinRank))
-            MinRank = other.MinRank;
-        MaxRank = std::max(MaxRank, other.MaxRank);
-    }
-};
-
 bool integralType(int type)
 {
     switch (type) {
@@ -63,27 +30,112 @@ bool integralType(int type)
     }
 }
 
-QVariant finish(TGridSummaryKind kind, const Accumulator& a, const TGridKeyColumn* keys, qint64 rows)
+// Order of two values for a minimum or maximum: numbers before texts, texts by collation.
+bool valueLess(const QVariant& a, const QVariant& b)
 {
+    const bool ta = a.metaType().id() == QMetaType::QString;
+    const bool tb = b.metaType().id() == QMetaType::QString;
+    if (ta != tb)
+        return tb;
+    if (ta)
+        return TGridKeyColumn::compareTexts(a.toString(), b.toString()) < 0;
+    return QVariant::compare(a, b) == QPartialOrdering::Less;
+}
+
+// An aggregate under way: over ranks of a key column, or over values read from the source.
+struct Accumulator
+{
+    double Sum = 0;
+    qint64 Numbers = 0;
+    qint64 Count = 0;
+    quint32 MinRank = 0;
+    quint32 MaxRank = 0;
+    QVariant Min;
+    QVariant Max;
+    bool Integral = true;
+
+    void add(const TGridKeyColumn* keys, quint32 rank)
+    {
+        if (rank == 0)
+            return;
+        ++Count;
+        if (keys->isNumber(rank)) {
+            Sum += keys->number(rank);
+            ++Numbers;
+        }
+        if (MinRank == 0 || rank < MinRank)
+            MinRank = rank;
+        if (rank > MaxRank)
+            MaxRank = rank;
+    }
+    void add(const QVariant& value)
+    {
+        if (!value.isValid() || value.isNull())
+            return;
+        const int type = value.metaType().id();
+        if (type == QMetaType::QByteArray)
+            return;
+        ++Count;
+        if (type == QMetaType::Double || type == QMetaType::Float || type == QMetaType::Bool ||
+            integralType(type)) {
+            Sum += value.toDouble();
+            ++Numbers;
+            Integral = Integral && (integralType(type) || type == QMetaType::Bool);
+        }
+        if (!Min.isValid() || valueLess(value, Min))
+            Min = value;
+        if (!Max.isValid() || valueLess(Max, value))
+            Max = value;
+    }
+    void add(const Accumulator& other)
+    {
+        Sum += other.Sum;
+        Numbers += other.Numbers;
+        Count += other.Count;
+        Integral = Integral && other.Integral;
+        if (other.MinRank != 0 && (MinRank == 0 || other.MinRank < MinRank))
+            MinRank = other.MinRank;
+        MaxRank = std::max(MaxRank, other.MaxRank);
+        if (other.Min.isValid() && (!Min.isValid() || valueLess(other.Min, Min)))
+            Min = other.Min;
+        if (other.Max.isValid() && (!Max.isValid() || valueLess(Max, other.Max)))
+            Max = other.Max;
+    }
+};
+
+// Where an item's values come from.
+struct ItemValues
+{
+    const TGridKeyColumn* Keys = nullptr; // the key column, when the view keeps one
+    int SourceColumn = -1;                // else read from the source
+};
+
+QVariant finish(TGridSummaryKind kind, const Accumulator& a, const ItemValues& from, qint64 rows)
+{
+    const bool bound = from.SourceColumn >= 0;
     switch (kind) {
     case TGridSummaryKind::None:
         return {};
     case TGridSummaryKind::Count:
-        return keys ? a.Count : rows;
+        return bound ? a.Count : rows;
     case TGridSummaryKind::Sum:
-        if (!keys || a.Numbers == 0)
+        if (!bound || a.Numbers == 0)
             return {};
-        if (integralType(keys->numberType()))
+        if (from.Keys ? integralType(from.Keys->numberType()) : a.Integral)
             return qlonglong(a.Sum);
         return a.Sum;
     case TGridSummaryKind::Average:
-        if (!keys || a.Numbers == 0)
+        if (!bound || a.Numbers == 0)
             return {};
         return a.Sum / double(a.Numbers);
     case TGridSummaryKind::Min:
-        return keys && a.MinRank ? keys->value(a.MinRank) : QVariant();
+        if (from.Keys)
+            return a.MinRank ? from.Keys->value(a.MinRank) : QVariant();
+        return a.Min;
     case TGridSummaryKind::Max:
-        return keys && a.MaxRank ? keys->value(a.MaxRank) : QVariant();
+        if (from.Keys)
+            return a.MaxRank ? from.Keys->value(a.MaxRank) : QVariant();
+        return a.Max;
     }
     return {};
 }
@@ -121,17 +173,24 @@ void TGridModel::declareNeeds()
         need(m_columns->at(id));
     for (const TGridColumn* column : m_columns->sortColumns())
         need(column);
-    for (const auto* items : {&m_groupItems, &m_footerItems})
-        for (const TGridSummaryItem& item : *items)
-            need(m_columns->byName(item.ColumnName));
     for (const QString& field : m_filter.fieldNames()) {
         const TGridColumn* column = m_columns->byField(field);
         if (!(column && column->isPicture()) && m_source->columnOf(field) >= 0)
             needed.insert(m_source->columnOf(field));
     }
-    if (!m_findWords.isEmpty())
+    if (!m_findWords.isEmpty() || m_findPrepared)
         for (const TGridColumn* column : m_columns->visibleColumns())
             need(column);
+    m_keyedForRows = needed;
+    // Summed columns keep keys while they are narrow (two bytes a row at most); wider ones are read
+    // from the source when the sums are computed.
+    for (const auto* items : {&m_groupItems, &m_footerItems})
+        for (const TGridSummaryItem& item : *items) {
+            const TGridColumn* column = m_columns->byName(item.ColumnName);
+            if (column && !m_directSums.contains(sourceColumnOf(column)))
+                need(column);
+        }
+    m_needed = needed;
     m_source->setNeededColumns(this, needed);
 }
 
@@ -265,6 +324,51 @@ const std::vector<QString>& TGridModel::shownTexts(int sourceColumn, const TGrid
     }
     entry.Generation = keys->generation();
     return entry.Texts;
+}
+
+bool TGridModel::prepareFindStep()
+{
+    if (!m_source || !m_columns)
+        return true;
+    if (!m_findPrepared) {
+        m_findPrepared = true;
+        declareNeeds();
+    }
+    for (const TGridColumn* column : m_columns->visibleColumns()) {
+        const int sourceColumn = sourceColumnOf(column);
+        if (sourceColumn < 0 || column->isPicture())
+            continue;
+        const qint64 id = (qint64(sourceColumn) << 20) | qint64(column->id() + 1);
+        const auto it = m_shownTexts.find(id);
+        const bool ready = it != m_shownTexts.end() && m_source->hasKeys(sourceColumn) &&
+                           it->second.Generation == m_source->keys(sourceColumn)->generation();
+        if (!ready) {
+            // Keys a slice of rows per turn, then their texts.
+            if (!m_source->hasKeys(sourceColumn))
+                m_source->prepareKeys(sourceColumn, FindSliceRows);
+            else
+                shownTexts(sourceColumn, column);
+            return false;
+        }
+    }
+    return true;
+}
+
+void TGridModel::prepareFind()
+{
+    while (!prepareFindStep()) {
+    }
+}
+
+void TGridModel::releaseFind()
+{
+    if (!m_findPrepared)
+        return;
+    m_findPrepared = false;
+    if (m_findWords.isEmpty()) {
+        m_shownTexts.clear();
+        declareNeeds();
+    }
 }
 
 void TGridModel::compileMatcher()
@@ -440,12 +544,29 @@ void TGridModel::updateDisplayUp(TGridGroupNode* node)
 
 void TGridModel::computeSummaries()
 {
-    if (!m_root)
+    if (!m_root || !m_source)
         return;
-    const auto keysOf = [this](const TGridSummaryItem& item) -> const TGridKeyColumn* {
+    // A column the view keeps keys of is summed through its ranks; a column that is only summed is
+    // read from the source, so that it costs no memory per row.
+    const auto valuesOf = [this](const TGridSummaryItem& item) -> ItemValues {
         const TGridColumn* column = m_columns ? m_columns->byName(item.ColumnName) : nullptr;
         const int sourceColumn = column && !column->isPicture() ? sourceColumnOf(column) : -1;
-        return sourceColumn >= 0 ? m_source->keys(sourceColumn) : nullptr;
+        if (sourceColumn < 0)
+            return {};
+        if (!m_needed.contains(sourceColumn))
+            return {nullptr, sourceColumn};
+        TGridKeyColumn* keys = m_source->keys(sourceColumn);
+        if (keys && keys->rankCount() > 0x10000 && !m_keyedForRows.contains(sourceColumn)) {
+            m_directSums.insert(sourceColumn);
+            return {nullptr, sourceColumn};
+        }
+        return {keys, sourceColumn};
+    };
+    const auto addRow = [this](Accumulator& a, const ItemValues& from, int row) {
+        if (from.Keys)
+            a.add(from.Keys, from.Keys->rank(row));
+        else
+            a.add(m_source->value(row, from.SourceColumn));
     };
     const int count = visibleRowCount();
 
@@ -453,27 +574,31 @@ void TGridModel::computeSummaries()
     m_footerValues.assign(m_footerItems.size(), QVariant());
     for (std::size_t i = 0; i < m_footerItems.size(); ++i) {
         const TGridSummaryItem& item = m_footerItems[i];
-        const TGridKeyColumn* keys = keysOf(item);
+        const ItemValues from = valuesOf(item);
         Accumulator a;
-        if (keys && item.Kind != TGridSummaryKind::None)
+        if (from.SourceColumn >= 0 && item.Kind != TGridSummaryKind::None &&
+            item.Kind != TGridSummaryKind::Count)
             for (int p = 0; p < count; ++p)
-                a.add(keys, keys->rank(sourceRowAt(p)));
-        m_footerValues[i] = finish(item.Kind, a, keys, count);
+                addRow(a, from, sourceRowAt(p));
+        else if (from.SourceColumn >= 0 && item.Kind == TGridSummaryKind::Count)
+            for (int p = 0; p < count; ++p)
+                addRow(a, from, sourceRowAt(p));
+        m_footerValues[i] = finish(item.Kind, a, from, count);
     }
 
     // Groups: the deepest level from its rows, the others from their children.
     if (groupDepth() > 0) {
         const std::size_t itemCount = m_groupItems.size();
-        std::vector<const TGridKeyColumn*> keys(itemCount);
+        std::vector<ItemValues> from(itemCount);
         for (std::size_t i = 0; i < itemCount; ++i)
-            keys[i] = keysOf(m_groupItems[i]);
+            from[i] = valuesOf(m_groupItems[i]);
         const std::function<std::vector<Accumulator>(TGridGroupNode*)> visit = [&](TGridGroupNode* node) {
             std::vector<Accumulator> acc(itemCount);
             if (isLeaf(node)) {
                 for (std::size_t i = 0; i < itemCount; ++i)
-                    if (keys[i] && m_groupItems[i].Kind != TGridSummaryKind::None)
+                    if (from[i].SourceColumn >= 0 && m_groupItems[i].Kind != TGridSummaryKind::None)
                         for (int p = node->Begin; p < node->End; ++p)
-                            acc[i].add(keys[i], keys[i]->rank(sourceRowAt(p)));
+                            addRow(acc[i], from[i], sourceRowAt(p));
             } else {
                 for (auto& child : node->Children) {
                     const std::vector<Accumulator> sub = visit(child.get());
@@ -484,12 +609,19 @@ void TGridModel::computeSummaries()
             if (node->Level >= 0) {
                 node->Summaries.resize(itemCount);
                 for (std::size_t i = 0; i < itemCount; ++i)
-                    node->Summaries[i] = finish(m_groupItems[i].Kind, acc[i], keys[i], node->rowCount());
+                    node->Summaries[i] = finish(m_groupItems[i].Kind, acc[i], from[i], node->rowCount());
             }
             return acc;
         };
         visit(m_root.get());
     }
+
+    // Columns found too wide to keep are let go.
+    for (const int column : std::as_const(m_directSums))
+        if (m_needed.contains(column)) {
+            declareNeeds();
+            break;
+        }
 
     if (!m_summaryCallback)
         return;
@@ -555,12 +687,6 @@ void TGridModel::buildAll(Rebuild what)
         QSet<int> columns;
         for (const SortKey& key : m_sortKeys)
             columns.insert(key.SourceColumn);
-        for (const auto* items : {&m_groupItems, &m_footerItems})
-            for (const TGridSummaryItem& item : *items) {
-                const TGridColumn* column = m_columns->byName(item.ColumnName);
-                if (column && !column->isPicture() && sourceColumnOf(column) >= 0)
-                    columns.insert(sourceColumnOf(column));
-            }
         for (const QString& field : m_filter.fieldNames())
             if (m_source->columnOf(field) >= 0 && m_source->hasKeys(m_source->columnOf(field)))
                 columns.insert(m_source->columnOf(field));

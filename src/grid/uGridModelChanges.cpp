@@ -53,6 +53,7 @@ void TGridModel::sourceReset()
     m_identityRemoval = false;
     m_identityInsert = false;
     m_shownTexts.clear();
+    m_directSums.clear();
     m_sortValid = false;
     m_selection.clear();
     buildAll(Rebuild::Sort);
@@ -361,6 +362,12 @@ void TGridModel::sourceDataChanged(int firstRow, int lastRow, int firstColumn, i
     bool keyed = false;
     for (const auto& [column, generation] : m_keyGenerations)
         keyed = keyed || (column >= firstColumn && column <= lastColumn);
+    bool summed = false;
+    for (const auto* items : {&m_groupItems, &m_footerItems})
+        for (const TGridSummaryItem& item : *items) {
+            const int column = sourceColumnOf(m_columns ? m_columns->byName(item.ColumnName) : nullptr);
+            summed = summed || (column >= firstColumn && column <= lastColumn);
+        }
     const int count = lastRow - firstRow + 1;
     if (keyed && count > TGridSource::PatchLimit) {
         relayout(Rebuild::Sort);
@@ -376,10 +383,11 @@ void TGridModel::sourceDataChanged(int firstRow, int lastRow, int firstColumn, i
             insertOne(quint32(row));
             moved = true;
         }
-        computeSummaries();
         if (moved)
             emit rowsChanged();
     }
+    if (keyed || summed)
+        computeSummaries();
     if (count <= TGridSource::PatchLimit) {
         for (int row = firstRow; row <= lastRow; ++row) {
             const QModelIndex first = indexOfSourceRow(row, 0);

@@ -5,6 +5,7 @@
 #include <QAbstractItemModel>
 
 #include <algorithm>
+#include <limits>
 
 TGridSource::TGridSource(QObject* parent) : QObject(parent) {}
 
@@ -151,8 +152,16 @@ TGridKeyColumn* TGridSource::keys(int column)
     auto it = m_keys.find(column);
     if (it != m_keys.end())
         return it->second.get();
-    auto keys = std::make_unique<TGridKeyColumn>(m_model, column, m_valueRole);
-    keys->build();
+    std::unique_ptr<TGridKeyColumn> keys;
+    const auto building = m_building.find(column);
+    if (building != m_building.end()) {
+        keys = std::move(building->second);
+        m_building.erase(building);
+        keys->buildSome(std::numeric_limits<int>::max());
+    } else {
+        keys = std::make_unique<TGridKeyColumn>(m_model, column, m_valueRole);
+        keys->build();
+    }
     TGridKeyColumn* result = keys.get();
     m_keys.emplace(column, std::move(keys));
     return result;
@@ -161,6 +170,25 @@ TGridKeyColumn* TGridSource::keys(int column)
 bool TGridSource::hasKeys(int column) const
 {
     return m_keys.find(column) != m_keys.end();
+}
+
+bool TGridSource::prepareKeys(int column, int rows)
+{
+    if (hasKeys(column))
+        return true;
+    if (!m_model || column < 0 || column >= m_model->columnCount())
+        return true;
+    auto it = m_building.find(column);
+    if (it == m_building.end()) {
+        auto keys = std::make_unique<TGridKeyColumn>(m_model, column, m_valueRole);
+        keys->beginBuild();
+        it = m_building.emplace(column, std::move(keys)).first;
+    }
+    if (!it->second->buildSome(rows))
+        return false;
+    m_keys.emplace(column, std::move(it->second));
+    m_building.erase(it);
+    return true;
 }
 
 void TGridSource::setNeededColumns(const TGridSourceClient* client, const QSet<int>& columns)
@@ -174,6 +202,12 @@ void TGridSource::setNeededColumns(const TGridSourceClient* client, const QSet<i
 
 void TGridSource::evict()
 {
+    for (auto it = m_building.begin(); it != m_building.end();) {
+        bool needed = false;
+        for (auto n = m_needed.constBegin(); n != m_needed.constEnd() && !needed; ++n)
+            needed = n.value().contains(it->first);
+        it = needed ? std::next(it) : m_building.erase(it);
+    }
     for (auto it = m_keys.begin(); it != m_keys.end();) {
         bool needed = false;
         for (auto n = m_needed.constBegin(); n != m_needed.constEnd() && !needed; ++n)
@@ -189,7 +223,7 @@ qint64 TGridSource::keyMemory() const
 {
     qint64 bytes = 0;
     for (const auto& [column, keys] : m_keys) {
-        bytes += qint64(keys->rowCount()) * qint64(sizeof(quint32));
+        bytes += qint64(keys->rowCount()) * keys->bytesPerRow();
         for (quint32 r = 1; r < keys->rankCount(); ++r)
             bytes += keys->isNumber(r) ? qint64(sizeof(double))
                                        : qint64(sizeof(QString)) + keys->text(r).size() * 2 + 24;
@@ -213,6 +247,7 @@ void TGridSource::detach(TGridSourceClient* client)
 void TGridSource::dropKeys()
 {
     m_keys.clear();
+    m_building.clear();
 }
 
 void TGridSource::onAboutToBeReset()
@@ -257,6 +292,7 @@ void TGridSource::onRowsInserted(const QModelIndex& parent, int first, int last)
 {
     if (parent.isValid())
         return;
+    m_building.clear();
     if (last - first + 1 > PatchLimit)
         dropKeys();
     for (auto& [column, keys] : m_keys)
@@ -279,6 +315,7 @@ void TGridSource::onRowsRemoved(const QModelIndex& parent, int first, int last)
 {
     if (parent.isValid())
         return;
+    m_building.clear();
     for (auto& [column, keys] : m_keys)
         keys->removeRows(first, last);
     const auto clients = m_clients;
@@ -291,6 +328,7 @@ void TGridSource::onRowsMoved(const QModelIndex& parent, int first, int last, co
 {
     if (parent.isValid() || destination.isValid())
         return;
+    m_building.clear();
     const int count = last - first + 1;
     const int to = row > last ? row - count : row;
     for (auto& [column, keys] : m_keys)
@@ -305,6 +343,7 @@ void TGridSource::onDataChanged(const QModelIndex& topLeft, const QModelIndex& b
 {
     if (!topLeft.isValid() || topLeft.parent().isValid())
         return;
+    m_building.clear();
     const int firstRow = topLeft.row();
     const int lastRow = bottomRight.row();
     const int firstColumn = topLeft.column();

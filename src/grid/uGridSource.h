@@ -73,6 +73,9 @@ public:
     // The key column of a source column, read now if it is not held.
     TGridKeyColumn* keys(int column);
     bool hasKeys(int column) const;
+    // Reads a column's keys a slice of rows per call (so that the event loop runs in between);
+    // true once they are held. A change of the source starts the reading again.
+    bool prepareKeys(int column, int rows);
     // What a client needs; key columns nobody needs are dropped.
     void setNeededColumns(const TGridSourceClient* client, const QSet<int>& columns);
     // Bytes held by the key columns (for measurements).
@@ -112,6 +115,7 @@ private:
     int m_valueRole = DefaultValueRole;
     QHash<QString, int> m_fields;
     std::unordered_map<int, std::unique_ptr<TGridKeyColumn>> m_keys;
+    std::unordered_map<int, std::unique_ptr<TGridKeyColumn>> m_building;
     std::vector<TGridSourceClient*> m_clients;
     QHash<const TGridSourceClient*, QSet<int>> m_needed;
     bool m_resetting = false;

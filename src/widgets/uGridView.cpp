@@ -13,6 +13,7 @@
 #include "uGridTexts.h"
 
 #include <QDialog>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -271,8 +272,16 @@ void TGridView::showFindPanel()
     const bool was = panel->isVisibleTo(this);
     panel->show();
     panel->focusEditor();
-    if (!was)
+    if (!was) {
+        // The texts to search are read ahead, a column per turn of the event loop.
+        const auto step = std::make_shared<std::function<void()>>();
+        *step = [this, step] {
+            if (isFindPanelVisible() && !m_model->prepareFindStep())
+                QTimer::singleShot(0, this, *step);
+        };
+        QTimer::singleShot(0, this, *step);
         emit findPanelVisibilityChanged(true);
+    }
 }
 
 void TGridView::hideFindPanel()
@@ -281,6 +290,7 @@ void TGridView::hideFindPanel()
         return;
     m_findPanel->hide();
     m_findPanel->setText(QString());
+    m_model->releaseFind();
     setFocus();
     emit findPanelVisibilityChanged(false);
 }
