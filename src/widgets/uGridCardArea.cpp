@@ -47,6 +47,15 @@ TGridCardArea::TGridCardArea(TGridCardView* view) : QAbstractScrollArea(view), m
                 viewport()->update();
             });
     connect(view->model(), &QAbstractItemModel::modelReset, this, [this] { ++m_pictureGeneration; });
+    // Pictures known by row number (a source without keys) go with any change of the rows.
+    if (QAbstractItemModel* source = view->source()->model()) {
+        const auto renumbered = [this] { ++m_pictureGeneration; };
+        connect(source, &QAbstractItemModel::rowsInserted, this, renumbered);
+        connect(source, &QAbstractItemModel::rowsRemoved, this, renumbered);
+        connect(source, &QAbstractItemModel::rowsMoved, this, renumbered);
+        connect(source, &QAbstractItemModel::layoutChanged, this, renumbered);
+        connect(source, &QAbstractItemModel::modelReset, this, renumbered);
+    }
 }
 
 int TGridCardArea::columnCount() const
@@ -390,6 +399,15 @@ void TGridCardArea::paintCard(QPainter& painter, int position, const QRect& rect
         option.initFrom(viewport());
         option.rect = rect.adjusted(3, 3, -3, -3);
         style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+    }
+    if (m_rowDragging && m_dropRow >= 0 && position == m_dropPosition) {
+        // Where a dragged row would go.
+        const std::vector<TGridCardRowRect> rows = rowsOf(position);
+        int y = rect.top() + TGridCardLayout::Padding;
+        if (!rows.empty())
+            y = m_dropRow < int(rows.size()) ? rect.top() + rows[std::size_t(m_dropRow)].Row.top() - 1
+                                             : rect.top() + rows.back().Row.bottom() + 1;
+        painter.fillRect(QRect(rect.left() + 2, y - 1, rect.width() - 4, 3), pal.color(QPalette::Highlight));
     }
 }
 

@@ -94,8 +94,9 @@ void TGridCardArea::mouseMoveEvent(QMouseEvent* event)
                 break;
             }
     }
-    if (drop != m_dropRow) {
+    if (drop != m_dropRow || position != m_dropPosition) {
         m_dropRow = drop;
+        m_dropPosition = position;
         viewport()->update();
     }
 }

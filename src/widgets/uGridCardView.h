@@ -154,6 +154,7 @@ private:
     // Dragging a row caption to move the row.
     TGridColumn* m_movingRow = nullptr;
     QPoint m_pressPos;
-    int m_dropRow = -1; // index among the card's rows before which the row goes
+    int m_dropRow = -1;      // index among the card's rows before which the row goes
+    int m_dropPosition = -1; // the card under the pointer
     bool m_rowDragging = false;
 };
