@@ -10,15 +10,14 @@
 
 using namespace Qt::StringLiterals;
 
-namespace
-{
+namespace {
 struct Column
 {
     QString field;
     QString caption;
 };
 
-const std::array<Column, 12> kColumns{{
+const std::array<Column, 19> kColumns{{
     {u"ID"_s, u"ID"_s},
     {u"ThumbFront"_s, u"Obverse thumb"_s},
     {u"Name"_s, u"Name"_s},
@@ -31,15 +30,27 @@ const std::array<Column, 12> kColumns{{
     {u"Country"_s, u"Country"_s},
     {u"Series"_s, u"Series"_s},
     {u"MintID"_s, u"Mint"_s},
+    {u"Caption"_s, u"Caption"_s},
+    {u"ThumbBack"_s, u"Reverse thumb"_s},
+    {u"Purity"_s, u"Purity"_s},
+    {u"WeightGxQty"_s, u"Total weight (g)"_s},
+    {u"WeightOZxQty"_s, u"Total weight (oz)"_s},
+    {u"TotalPrice"_s, u"Total price"_s},
+    {u"LiquidationValuexQty"_s, u"Liquidation value"_s},
 }};
+const std::array<QString, 6> kPurities{u"999.9"_s, u"999"_s, u"999.5"_s, u"999.5"_s, u"999"_s, u"999"_s};
+// Price of a troy ounce per metal, for the generated liquidation values.
+const std::array<double, 6> kSpot{2300.0, 28.0, 980.0, 1000.0, 4700.0, 0.3};
+constexpr double kTroyOunce = 31.1035;
 
-const std::array<QString, 6> kMetals{u"Gold"_s, u"Silver"_s, u"Platinum"_s, u"Palladium"_s, u"Rhodium"_s,
-                                     u"Copper"_s};
-const std::array<QString, 5> kTypes{u"Coin"_s, u"Rectangular coin"_s, u"Round"_s, u"Bar"_s, u"Divisible bar"_s};
-const std::array<QString, 8> kCountries{u"Australia"_s, u"Austria"_s,       u"Canada"_s, u"China"_s,
-                                        u"Mexico"_s,    u"South Africa"_s, u"United Kingdom"_s,
-                                        u"United States"_s};
-const std::array<QString, 8> kNames{u"Maple Leaf"_s, u"Philharmonic"_s, u"Kangaroo"_s, u"Panda"_s,
+const std::array<QString, 6> kMetals{u"Gold"_s,      u"Silver"_s,  u"Platinum"_s,
+                                     u"Palladium"_s, u"Rhodium"_s, u"Copper"_s};
+const std::array<QString, 5> kTypes{u"Coin"_s, u"Rectangular coin"_s, u"Round"_s, u"Bar"_s,
+                                    u"Divisible bar"_s};
+const std::array<QString, 8> kCountries{u"Australia"_s,      u"Austria"_s,      u"Canada"_s,
+                                        u"China"_s,          u"Mexico"_s,       u"South Africa"_s,
+                                        u"United Kingdom"_s, u"United States"_s};
+const std::array<QString, 8> kNames{u"Maple Leaf"_s, u"Philharmonic"_s, u"Kangaroo"_s,  u"Panda"_s,
                                     u"Libertad"_s,   u"Krugerrand"_s,   u"Britannia"_s, u"Eagle"_s};
 const std::array<double, 6> kWeights{3.11035, 7.7759, 15.5518, 31.1035, 100.0, 1000.0};
 constexpr int kPictures = 12;
@@ -49,8 +60,7 @@ TGalleryData::TGalleryData(int rows, QObject* parent) : QAbstractTableModel(pare
 {
     QRandomGenerator random(20261123);
     m_rows.resize(rows);
-    for (int i = 0; i < rows; ++i)
-    {
+    for (int i = 0; i < rows; ++i) {
         Row& row = m_rows[i];
         row.id = i + 1;
         const int name = int(random.bounded(int(kNames.size())));
@@ -89,21 +99,48 @@ int TGalleryData::columnOf(const QString& fieldName) const
 
 QVariant TGalleryData::value(const Row& row, int column) const
 {
-    switch (column)
-    {
-    case 0: return row.id;
-    case 1: return pictureBytes(row.picture);
-    case 2: return row.name;
-    case 3: return row.metal;
-    case 4: return row.coinType;
-    case 5: return row.year;
-    case 6: return row.weightG;
-    case 7: return row.priceNull ? QVariant() : QVariant(row.price);
-    case 8: return row.qty;
-    case 9: return row.country;
-    case 10: return row.series;
-    case 11: return row.mint;
-    default: return {};
+    switch (column) {
+    case 0:
+        return row.id;
+    case 1:
+        return pictureBytes(row.picture);
+    case 2:
+        return row.name;
+    case 3:
+        return row.metal;
+    case 4:
+        return row.coinType;
+    case 5:
+        return row.year;
+    case 6:
+        return row.weightG;
+    case 7:
+        return row.priceNull ? QVariant() : QVariant(row.price);
+    case 8:
+        return row.qty;
+    case 9:
+        return row.country;
+    case 10:
+        return row.series;
+    case 11:
+        return row.mint;
+    case 12:
+        return QString(QString::number(row.year) + u' ' + row.name.section(u' ', 0, -2) + u' ' +
+                       QString::number(row.weightG / kTroyOunce, 'g', 3) + u" oz"_s);
+    case 13:
+        return pictureBytes(row.picture + 5);
+    case 14:
+        return kPurities[std::size_t(row.metal)];
+    case 15:
+        return row.weightG * row.qty;
+    case 16:
+        return row.weightG / kTroyOunce * row.qty;
+    case 17:
+        return row.priceNull ? QVariant() : QVariant(row.price * row.qty);
+    case 18:
+        return row.weightG / kTroyOunce * row.qty * kSpot[std::size_t(row.metal)] * 0.95;
+    default:
+        return {};
     }
 }
 
@@ -112,22 +149,30 @@ QVariant TGalleryData::data(const QModelIndex& index, int role) const
     if (!index.isValid() || index.row() >= int(m_rows.size()))
         return {};
     const Row& row = m_rows[index.row()];
-    switch (role)
-    {
+    switch (role) {
     case Qt::DisplayRole:
-        switch (index.column())
-        {
-        case 1: return {};
-        case 3: return kMetals[row.metal];
-        case 4: return kTypes[row.coinType];
-        case 6: return QString(QString::number(row.weightG, 'f', 2) + u" g"_s);
-        case 7: return row.priceNull ? QString() : QString::number(row.price, 'f', 2);
-        default: return value(row, index.column()).toString();
+        switch (index.column()) {
+        case 1:
+        case 13:
+            return {};
+        case 3:
+            return kMetals[row.metal];
+        case 4:
+            return kTypes[row.coinType];
+        case 6:
+            return QString(QString::number(row.weightG, 'f', 2) + u" g"_s);
+        case 7:
+            return row.priceNull ? QString() : QString::number(row.price, 'f', 2);
+        default:
+            return value(row, index.column()).toString();
         }
     case Qt::EditRole:
-    case ValueRole: return value(row, index.column());
-    case KeyRole: return row.id;
-    default: return {};
+    case ValueRole:
+        return value(row, index.column());
+    case KeyRole:
+        return row.id;
+    default:
+        return {};
     }
 }
 
@@ -145,7 +190,7 @@ QVariant TGalleryData::headerData(int section, Qt::Orientation orientation, int 
 Qt::ItemFlags TGalleryData::flags(const QModelIndex& index) const
 {
     Qt::ItemFlags f = QAbstractTableModel::flags(index);
-    if (index.isValid() && index.column() > 1)
+    if (index.isValid() && index.column() > 1 && index.column() <= 11)
         f |= Qt::ItemIsEditable;
     return f;
 }
@@ -155,22 +200,40 @@ bool TGalleryData::setData(const QModelIndex& index, const QVariant& value, int 
     if (!index.isValid() || role != Qt::EditRole || index.column() <= 1)
         return false;
     Row& row = m_rows[index.row()];
-    switch (index.column())
-    {
-    case 2: row.name = value.toString(); break;
-    case 3: row.metal = qBound(0, value.toInt(), 5); break;
-    case 4: row.coinType = qBound(0, value.toInt(), 4); break;
-    case 5: row.year = value.toInt(); break;
-    case 6: row.weightG = value.toDouble(); break;
+    switch (index.column()) {
+    case 2:
+        row.name = value.toString();
+        break;
+    case 3:
+        row.metal = qBound(0, value.toInt(), 5);
+        break;
+    case 4:
+        row.coinType = qBound(0, value.toInt(), 4);
+        break;
+    case 5:
+        row.year = value.toInt();
+        break;
+    case 6:
+        row.weightG = value.toDouble();
+        break;
     case 7:
         row.priceNull = value.isNull();
         row.price = value.toDouble();
         break;
-    case 8: row.qty = value.toInt(); break;
-    case 9: row.country = value.toString(); break;
-    case 10: row.series = value.toString(); break;
-    case 11: row.mint = value.toInt(); break;
-    default: return false;
+    case 8:
+        row.qty = value.toInt();
+        break;
+    case 9:
+        row.country = value.toString();
+        break;
+    case 10:
+        row.series = value.toString();
+        break;
+    case 11:
+        row.mint = value.toInt();
+        break;
+    default:
+        return false;
     }
     emit dataChanged(index, index);
     return true;
@@ -181,8 +244,7 @@ QByteArray TGalleryData::pictureBytes(int picture)
 {
     static std::array<QByteArray, kPictures> cache;
     QByteArray& bytes = cache[picture % kPictures];
-    if (bytes.isEmpty())
-    {
+    if (bytes.isEmpty()) {
         QImage image(200, 200, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
         QPainter painter(&image);
