@@ -304,6 +304,7 @@ void measureCardScroll(QAbstractItemModel* sourceModel)
     auto* area = qobject_cast<QAbstractScrollArea*>(view->cardsViewport()->parentWidget());
     QScrollBar* bar = area->verticalScrollBar();
     TGridPictureCache* cache = grid.pictureCache();
+    cache->waitForIdle();
     cache->resetStats();
 
     QElapsedTimer clock;

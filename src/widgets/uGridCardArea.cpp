@@ -48,14 +48,7 @@ TGridCardArea::TGridCardArea(TGridCardView* view) : QAbstractScrollArea(view), m
             });
     connect(view->model(), &QAbstractItemModel::modelReset, this, [this] { ++m_pictureGeneration; });
     // Pictures known by row number (a source without keys) go with any change of the rows.
-    if (QAbstractItemModel* source = view->source()->model()) {
-        const auto renumbered = [this] { ++m_pictureGeneration; };
-        connect(source, &QAbstractItemModel::rowsInserted, this, renumbered);
-        connect(source, &QAbstractItemModel::rowsRemoved, this, renumbered);
-        connect(source, &QAbstractItemModel::rowsMoved, this, renumbered);
-        connect(source, &QAbstractItemModel::layoutChanged, this, renumbered);
-        connect(source, &QAbstractItemModel::modelReset, this, renumbered);
-    }
+    connect(view->model(), &TGridModel::rowsChanged, this, [this] { ++m_pictureGeneration; });
 }
 
 int TGridCardArea::columnCount() const
