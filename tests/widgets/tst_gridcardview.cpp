@@ -12,6 +12,7 @@
 #include <QBuffer>
 #include <QImage>
 #include <QListWidget>
+#include <QMutex>
 #include <QScrollBar>
 #include <QSet>
 #include <QSignalSpy>
@@ -109,6 +110,7 @@ private slots:
     void ctrlWheelSetsWidth();
     void hitKinds();
     void picturesOnlyOnScreen();
+    void picturesThroughLoader();
     void keyboardAndTemplate();
 };
 
@@ -287,6 +289,33 @@ void TestGridCardView::picturesOnlyOnScreen()
     // The last screen is decoded and drawn from the cache.
     QTRY_VERIFY(cache->count() >= onScreen().size());
     QVERIFY(cache->bytes() <= cache->maxBytes());
+}
+
+// With a loader the cards never read picture bytes from the model on the main thread.
+void TestGridCardView::picturesThroughLoader()
+{
+    TCards c(60);
+    TGridPictureCache* cache = c.grid.pictureCache();
+    cache->waitForIdle();
+    cache->clear();
+    c.table.read.clear();
+    const QByteArray bytes = png(7);
+    QSet<int> asked;
+    QMutex lock;
+    cache->setLoader([&](const QVariant& key, const QString& field) {
+        QMutexLocker locker(&lock);
+        asked.insert(key.toInt());
+        return field == u"Thumb"_s ? bytes : QByteArray();
+    });
+    c.cards()->repaint();
+    cache->waitForIdle();
+    c.cards()->repaint();
+    QVERIFY(c.table.read.isEmpty());
+    QVERIFY(!asked.isEmpty());
+    const int row = c.view->model()->sourceRowAt(0);
+    QMutexLocker locker(&lock);
+    QVERIFY(asked.contains(c.table.key(row)));
+    QVERIFY(cache->count() >= asked.size());
 }
 
 void TestGridCardView::keyboardAndTemplate()

@@ -6,6 +6,7 @@
 #include "uGridFindPanel.h"
 #include "uGridModel.h"
 #include "uGridTableView.h"
+#include "uGridTexts.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -13,6 +14,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolTip>
@@ -85,6 +87,7 @@ private slots:
     void widthsAndBestFit();
     void filterBuilder();
     void layoutAndTexts();
+    void translatedTexts();
 };
 
 void TestGridTableView::cleanup()
@@ -465,6 +468,28 @@ void TestGridTableView::layoutAndTexts()
     const QRect second = t.view->headerRect(t.column(u"ID"_s));
     QVERIFY(first.left() > second.left());
     QCOMPARE(t.view->hitTest(first.center()).Column, t.column(u"Year"_s));
+}
+
+// The program's texts reach the widgets at once; a view's own text wins over the grid's.
+void TestGridTableView::translatedTexts()
+{
+    TTable t;
+    t.view->showFindPanel();
+    const TGridTexts saved = GridTexts();
+    TGridTexts texts = saved;
+    texts.FindButton = u"Suchen"_s;
+    texts.GroupByText = u"Spalte hierher ziehen"_s;
+    texts.EmptyText = u"Keine Daten"_s;
+    SetGridTexts(texts);
+    auto* find = t.view->findPanel()->findChild<QPushButton*>(u"findButton"_s);
+    QCOMPARE(find->text(), u"Suchen"_s);
+    QCOMPARE(t.view->groupByText(), u"Spalte hierher ziehen"_s);
+    QCOMPARE(t.view->emptyText(), u"Keine Daten"_s);
+    t.view->setEmptyText(u"Leer"_s);
+    QCOMPARE(t.view->emptyText(), u"Leer"_s);
+    SetGridTexts(saved);
+    QCOMPARE(find->text(), saved.FindButton);
+    QCOMPARE(t.view->emptyText(), u"Leer"_s);
 }
 
 QTEST_MAIN(TestGridTableView)
