@@ -7,6 +7,7 @@
 #include "uGridColumns.h"
 #include "uGridModel.h"
 #include "uGridPictureCache.h"
+#include "uGridTableView.h"
 
 #include <QAbstractScrollArea>
 #include <QBuffer>
@@ -111,6 +112,7 @@ private slots:
     void hitKinds();
     void picturesOnlyOnScreen();
     void picturesThroughLoader();
+    void currentRowAcrossViews();
     void keyboardAndTemplate();
 };
 
@@ -316,6 +318,31 @@ void TestGridCardView::picturesThroughLoader()
     QMutexLocker locker(&lock);
     QVERIFY(asked.contains(c.table.key(row)));
     QVERIFY(cache->count() >= asked.size());
+}
+
+// A card and a table view share the current row; each keeps its own selection. Right to left, the
+// first card stands at the right.
+void TestGridCardView::currentRowAcrossViews()
+{
+    TCards c;
+    TGridTableView* table = c.grid.addTableView(u"Table"_s);
+    table->addColumn(u"Name"_s, u"Name"_s);
+    QSignalSpy moved(&c.grid, &TGrid::currentRowChanged);
+    const int row = c.view->model()->sourceRowAt(2);
+    QTest::mouseClick(c.cards(), Qt::LeftButton, Qt::NoModifier, c.at(c.view->cardRect(row)));
+    QCOMPARE(moved.size(), 1);
+    QCOMPARE(table->currentSourceRow(), row);
+    QCOMPARE(c.view->selectedSourceRows(), QList<int>{row});
+    QCOMPARE(table->selectedCount(), 0);
+    c.grid.setCurrentRow(7);
+    QCOMPARE(moved.size(), 1);
+    QCOMPARE(c.view->currentSourceRow(), 7);
+
+    const QRect first = c.view->cardRect(c.view->model()->sourceRowAt(0));
+    c.view->setLayoutDirection(Qt::RightToLeft);
+    const QRect mirrored = c.view->cardRect(c.view->model()->sourceRowAt(0));
+    QVERIFY(mirrored.left() > first.left());
+    QCOMPARE(c.view->hitTest(mirrored.center()).SourceRow, c.view->model()->sourceRowAt(0));
 }
 
 void TestGridCardView::keyboardAndTemplate()
