@@ -169,6 +169,18 @@ void TestGridTableView::dragGroupBoxOut()
     QVERIFY(t.column(u"Metal"_s)->visible());
     QCOMPARE(t.column(u"Metal"_s)->position() + 1, t.column(u"Name"_s)->position());
 
+    // Past the last column: it comes back last.
+    const QPoint end(header->viewport()->width() - 2, 5);
+    TGridTableView::setDragRunner([&](QDrag* drag) { return deliver(drag, header->viewport(), end); });
+    t.view->setColumnAutoWidth(false);
+    for (TGridColumn* c : t.view->columns()->visibleColumns())
+        c->setWidth(40);
+    t.column(u"Country"_s)->setPosition(0);
+    mouse(panel, QEvent::MouseButtonPress, boxAt, Qt::LeftButton);
+    mouse(panel, QEvent::MouseMove, boxAt + QPoint(0, 40), Qt::LeftButton);
+    QCOMPARE(t.column(u"Country"_s)->position(), t.view->columns()->count() - 1);
+    t.view->groupByColumn(t.column(u"Country"_s), 0);
+
     // Nowhere: out of the grouping, shown again.
     TGridTableView::setDragRunner([](QDrag*) { return Qt::IgnoreAction; });
     mouse(panel, QEvent::MouseButtonPress, boxAt, Qt::LeftButton);
