@@ -42,14 +42,43 @@ void TGridPictureCache::request(const QString& key, const QByteArray& bytes, con
 {
     if (bytes.isEmpty() || m_cache.contains(key) || m_pending.contains(key))
         return;
-    enqueue({key, bytes, {}, size});
+    Job job;
+    job.Key = key;
+    job.Bytes = bytes;
+    job.Size = size;
+    enqueue(std::move(job));
 }
 
 void TGridPictureCache::request(const QString& key, const QImage& image, const QSize& size)
 {
     if (image.isNull() || m_cache.contains(key) || m_pending.contains(key))
         return;
-    enqueue({key, {}, image, size});
+    Job job;
+    job.Key = key;
+    job.Image = image;
+    job.Size = size;
+    enqueue(std::move(job));
+}
+
+void TGridPictureCache::setLoader(TGridPictureLoader loader)
+{
+    // Set before pictures are asked for; workers copy it under the lock.
+    QMutexLocker lock(&m_mutex);
+    m_loader = std::move(loader);
+    m_hasLoader = bool(m_loader);
+}
+
+void TGridPictureCache::requestLoad(const QString& key, const QVariant& rowKey, const QString& fieldName,
+                                    const QSize& size)
+{
+    if (m_cache.contains(key) || m_pending.contains(key) || m_missing.contains(key))
+        return;
+    Job job;
+    job.Key = key;
+    job.Size = size;
+    job.RowKey = rowKey;
+    job.FieldName = fieldName;
+    enqueue(std::move(job));
 }
 
 void TGridPictureCache::enqueue(Job job)
@@ -66,8 +95,10 @@ void TGridPictureCache::enqueue(Job job)
 void TGridPictureCache::runOne()
 {
     Job job;
+    TGridPictureLoader loader;
     {
         QMutexLocker lock(&m_mutex);
+        loader = m_loader;
         while (!m_queue.empty()) {
             Job next = std::move(m_queue.front());
             m_queue.pop_front();
@@ -85,14 +116,23 @@ void TGridPictureCache::runOne()
         ++m_running;
     }
     QImage image;
-    if (!job.Image.isNull())
+    bool missing = false;
+    if (job.Bytes.isEmpty() && job.Image.isNull() && loader) {
+        job.Bytes = loader(job.RowKey, job.FieldName);
+        missing = job.Bytes.isEmpty();
+    }
+    if (missing) {
+        // No picture: nothing to decode.
+    } else if (!job.Image.isNull())
         image = job.Image.scaled(job.Size, Qt::KeepAspectRatio, Qt::SmoothTransformation)
                     .convertToFormat(QImage::Format_ARGB32_Premultiplied);
     else
         image = decode(job.Bytes, job.Size);
     {
         QMutexLocker lock(&m_mutex);
-        if (image.isNull())
+        if (missing)
+            ++m_stats.Missing;
+        else if (image.isNull())
             ++m_stats.Failed;
         else
             ++m_stats.Decoded;
@@ -101,7 +141,7 @@ void TGridPictureCache::runOne()
     }
     const QString key = job.Key;
     QMetaObject::invokeMethod(
-        this, [this, key, image] { finished(key, image); }, Qt::QueuedConnection);
+        this, [this, key, image, missing] { finished(key, image, missing); }, Qt::QueuedConnection);
     --m_running;
 }
 
@@ -123,9 +163,14 @@ QImage TGridPictureCache::decode(const QByteArray& bytes, const QSize& size)
     return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
-void TGridPictureCache::finished(const QString& key, const QImage& image)
+void TGridPictureCache::finished(const QString& key, const QImage& image, bool missing)
 {
     m_pending.remove(key);
+    if (missing) {
+        m_missing.insert(key);
+        emit pictureReady(key);
+        return;
+    }
     if (image.isNull())
         return;
     const qsizetype cost = std::max<qsizetype>(1, qsizetype(image.sizeInBytes() / 1024));
@@ -158,11 +203,14 @@ void TGridPictureCache::clear()
     m_pool.waitForDone();
     QCoreApplication::sendPostedEvents(this);
     m_pending.clear();
+    m_missing.clear();
     m_cache.clear();
 }
 
 void TGridPictureCache::removeMatching(const QString& prefix)
 {
+    for (auto it = m_missing.begin(); it != m_missing.end();)
+        it = it->startsWith(prefix) ? m_missing.erase(it) : std::next(it);
     const QList<QString> keys = m_cache.keys();
     for (const QString& key : keys)
         if (key.startsWith(prefix))

@@ -8,9 +8,16 @@
 #include <QSet>
 #include <QSize>
 #include <QThreadPool>
+#include <QVariant>
 
 #include <atomic>
 #include <deque>
+#include <functional>
+
+// Reads the bytes of a picture by its row's key and field, on a worker thread of the picture cache
+// (two may run at once, so it keeps what it needs per thread, such as a database connection of its
+// own). Empty bytes: the row has no picture.
+using TGridPictureLoader = std::function<QByteArray(const QVariant& rowKey, const QString& fieldName)>;
 
 // Pictures of the cells on screen, decoded from their bytes off the main thread and kept in a
 // cache bounded in bytes (least recently used go first). A view asks find() while it paints; on a
@@ -37,6 +44,14 @@ public:
     void request(const QString& key, const QByteArray& bytes, const QSize& size);
     // Queues the scaling of a picture that is already decoded.
     void request(const QString& key, const QImage& image, const QSize& size);
+
+    // With a loader the views never read picture bytes on the main thread: requestLoad() has the
+    // worker read them through the loader, then decode them.
+    void setLoader(TGridPictureLoader loader);
+    bool hasLoader() const { return m_hasLoader; }
+    void requestLoad(const QString& key, const QVariant& rowKey, const QString& fieldName, const QSize& size);
+    // The loader found no picture for the key.
+    bool isMissing(const QString& key) const { return m_missing.contains(key); }
     // The keys on screen; queued work for any other key is dropped.
     void setWanted(const QSet<QString>& keys);
     void clear();
@@ -50,6 +65,7 @@ public:
         qint64 Dropped = 0;         // dropped from the queue before decoding
         qint64 DecodedUnwanted = 0; // finished after its key had left the screen
         qint64 Failed = 0;          // bytes that are no picture
+        qint64 Missing = 0;         // the loader found none
     };
     Stats stats() const;
     void resetStats();
@@ -69,15 +85,20 @@ private:
         QByteArray Bytes;
         QImage Image;
         QSize Size;
+        QVariant RowKey;
+        QString FieldName;
     };
     void enqueue(Job job);
     void runOne();
-    void finished(const QString& key, const QImage& image);
+    void finished(const QString& key, const QImage& image, bool missing);
 
     QCache<QString, QImage> m_cache;
     qint64 m_maxBytes = 64 * 1024 * 1024;
     QSet<QString> m_pending; // main thread
-    mutable QMutex m_mutex;  // guards the queue, the wanted keys and the counters below
+    QSet<QString> m_missing; // main thread
+    TGridPictureLoader m_loader;
+    bool m_hasLoader = false;
+    mutable QMutex m_mutex; // guards the queue, the wanted keys and the counters below
     std::deque<Job> m_queue;
     QSet<QString> m_wanted;
     bool m_wantedSet = false;

@@ -30,8 +30,9 @@ TGrid::TGrid(QWidget* parent)
         TGridView* view = activeView();
         if (view && m_tabs->currentIndex() != int(m_views.indexOf(view)))
             m_tabs->setCurrentIndex(int(m_views.indexOf(view)));
+        // A view coming up shows the current row where its groups let it.
         if (view)
-            view->makeCurrentVisible();
+            view->makeCurrentVisible(false);
         emit activeViewChanged(view);
     });
     connectSource();

@@ -48,14 +48,7 @@ TGridCardArea::TGridCardArea(TGridCardView* view) : QAbstractScrollArea(view), m
             });
     connect(view->model(), &QAbstractItemModel::modelReset, this, [this] { ++m_pictureGeneration; });
     // Pictures known by row number (a source without keys) go with any change of the rows.
-    if (QAbstractItemModel* source = view->source()->model()) {
-        const auto renumbered = [this] { ++m_pictureGeneration; };
-        connect(source, &QAbstractItemModel::rowsInserted, this, renumbered);
-        connect(source, &QAbstractItemModel::rowsRemoved, this, renumbered);
-        connect(source, &QAbstractItemModel::rowsMoved, this, renumbered);
-        connect(source, &QAbstractItemModel::layoutChanged, this, renumbered);
-        connect(source, &QAbstractItemModel::modelReset, this, renumbered);
-    }
+    connect(view->model(), &TGridModel::rowsChanged, this, [this] { ++m_pictureGeneration; });
 }
 
 int TGridCardArea::columnCount() const
@@ -158,6 +151,9 @@ bool TGridCardArea::isEmptyValue(int sourceRow, const TGridColumn* column) const
     if (!column)
         return true;
     if (column->isPicture()) {
+        // With a loader the bytes stay off the main thread: a picture row counts as filled.
+        if (m_view->grid()->pictureCache()->hasLoader())
+            return false;
         const QVariant value = m_view->model()->value(sourceRow, column);
         return value.isNull() ||
                (value.metaType().id() == QMetaType::QByteArray && value.toByteArray().isEmpty());
@@ -266,8 +262,14 @@ void TGridCardArea::paintPicture(QPainter& painter, int sourceRow, const TGridCo
         painter.drawImage(place, image);
         return;
     }
+    if (cache->isMissing(key))
+        return;
     wanted.insert(key);
-    if (!cache->isPending(key)) {
+    const QVariant rowKey = m_view->source()->key(sourceRow);
+    if (cache->hasLoader() && rowKey.isValid() && !rowKey.isNull()) {
+        // The bytes are read by the cache's loader on a worker, never here.
+        cache->requestLoad(key, rowKey, column->fieldName(), target);
+    } else if (!cache->isPending(key)) {
         // The bytes are read only now, for a card on screen.
         const QVariant value = m_view->model()->value(sourceRow, column);
         switch (value.metaType().id()) {

@@ -176,7 +176,7 @@ QWidget* TGridCardView::cardsViewport() const
     return m_area->viewport();
 }
 
-void TGridCardView::makeCurrentVisible()
+void TGridCardView::makeCurrentVisible(bool)
 {
     m_area->scrollToPosition(model()->positionOf(currentSourceRow()));
 }

@@ -66,7 +66,7 @@ public:
     QRect captionRect(int sourceRow, const TGridColumn* column) const;
     TGridHitInfo hitTest(const QPoint& pos) const override;
     QWidget* cardsViewport() const;
-    void makeCurrentVisible() override;
+    void makeCurrentVisible(bool openGroups = true) override;
     void scrollToSourceRow(int sourceRow);
 
 signals:

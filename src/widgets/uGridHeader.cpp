@@ -105,7 +105,7 @@ int TGridHeader::dropPosition(int x) const
     const int logical = logicalIndexAt(x);
     if (logical < 0) {
         // Past the last column: after every column.
-        return x < 0 ? 0 : m_view->columns()->count() - 1;
+        return x < 0 ? 0 : m_view->columns()->count();
     }
     const int left = sectionViewportPosition(logical);
     const int size = sectionSize(logical);

@@ -148,12 +148,13 @@ void TGridTableView::setFocusedColumn(TGridColumn* column)
     m_area->setFocusedColumn(column);
 }
 
-void TGridTableView::makeCurrentVisible()
+void TGridTableView::makeCurrentVisible(bool openGroups)
 {
     const int row = currentSourceRow();
     if (row < 0)
         return;
-    model()->expandTo(row);
+    if (openGroups)
+        model()->expandTo(row);
     m_area->scrollToIndex(model()->displayIndexOfSourceRow(row));
 }
 

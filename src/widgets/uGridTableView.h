@@ -59,7 +59,7 @@ public:
     void collapseAll();
     TGridColumn* focusedColumn() const;
     void setFocusedColumn(TGridColumn* column);
-    void makeCurrentVisible() override;
+    void makeCurrentVisible(bool openGroups = true) override;
     void scrollToSourceRow(int sourceRow);
 
     // Grouping as the user does it (the group-by panel, the header, its menu).

@@ -81,8 +81,8 @@ public:
     int currentSourceRow() const;
     // Moves the current row as the user would: the grid tells the program.
     void setCurrentSourceRow(int sourceRow);
-    // Scrolls the current row into sight, opening its groups.
-    virtual void makeCurrentVisible() = 0;
+    // Scrolls the current row into sight; with openGroups the groups that hold it are opened.
+    virtual void makeCurrentVisible(bool openGroups = true) = 0;
 
     // Find panel: shown on command, incremental.
     TGridFindPanel* findPanel();

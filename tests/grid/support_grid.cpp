@@ -55,6 +55,16 @@ void TTestTable::insertRowAt(int row, const QVariantList& values)
     endInsertRows();
 }
 
+void TTestTable::insertRows(int row, const QList<QVariantList>& rows)
+{
+    beginInsertRows(QModelIndex(), row, row + int(rows.size()) - 1);
+    for (int i = 0; i < rows.size(); ++i) {
+        m_rows.insert(row + i, rows[i]);
+        m_keys.insert(row + i, m_nextKey++);
+    }
+    endInsertRows();
+}
+
 void TTestTable::removeRowsAt(int first, int count)
 {
     beginRemoveRows(QModelIndex(), first, first + count - 1);

@@ -27,6 +27,8 @@ public:
 
     void insertRowAt(int row, const QVariantList& values);
     void appendRow(const QVariantList& values) { insertRowAt(rowCount(), values); }
+    // Rows inserted at once (one notification).
+    void insertRows(int row, const QList<QVariantList>& rows);
     void removeRowsAt(int first, int count = 1);
     // Moves one row so that it ends up at `to`.
     void moveRowTo(int from, int to);

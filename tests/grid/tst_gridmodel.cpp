@@ -311,6 +311,15 @@ void TestGridModel::changesMatchRebuild()
     for (int i = 0; i < 3; ++i)
         view.table.insertRowAt(1, {2000 + i, i, u"Panda"_s, 2000 + i, 15.0, QVariant(), u"China"_s});
     check("insert several");
+    // Past the patch limit: one rebuild, persistent indexes kept.
+    const QPersistentModelIndex kept = view.model->indexOfSourceRow(view.table.rowCount() - 1, 1);
+    const int keptKey = view.table.key(view.table.rowCount() - 1);
+    view.table.insertRows(3, MakeItems(70, 11));
+    check("insert more than the patch limit at once");
+    view.table.removeRowsAt(3, 70);
+    check("remove more than the patch limit at once");
+    if (kept.isValid())
+        QCOMPARE(view.table.key(kept.data(TGridModel::SourceRowRole).toInt()), keptKey);
     view.table.resetRows(MakeItems(25, 3));
     check("reset");
     view.columns.byName(u"Country"_s)->setGroupIndex(0);

@@ -7,11 +7,13 @@
 #include "uGridColumns.h"
 #include "uGridModel.h"
 #include "uGridPictureCache.h"
+#include "uGridTableView.h"
 
 #include <QAbstractScrollArea>
 #include <QBuffer>
 #include <QImage>
 #include <QListWidget>
+#include <QMutex>
 #include <QScrollBar>
 #include <QSet>
 #include <QSignalSpy>
@@ -109,6 +111,8 @@ private slots:
     void ctrlWheelSetsWidth();
     void hitKinds();
     void picturesOnlyOnScreen();
+    void picturesThroughLoader();
+    void currentRowAcrossViews();
     void keyboardAndTemplate();
 };
 
@@ -250,6 +254,8 @@ void TestGridCardView::picturesOnlyOnScreen()
 {
     TCards c(3000);
     TGridPictureCache* cache = c.grid.pictureCache();
+    // Work asked for by the first paints is done before counting starts.
+    cache->waitForIdle();
     cache->resetStats();
     const auto onScreen = [&] {
         QSet<int> rows;
@@ -285,6 +291,58 @@ void TestGridCardView::picturesOnlyOnScreen()
     // The last screen is decoded and drawn from the cache.
     QTRY_VERIFY(cache->count() >= onScreen().size());
     QVERIFY(cache->bytes() <= cache->maxBytes());
+}
+
+// With a loader the cards never read picture bytes from the model on the main thread.
+void TestGridCardView::picturesThroughLoader()
+{
+    TCards c(60);
+    TGridPictureCache* cache = c.grid.pictureCache();
+    cache->waitForIdle();
+    cache->clear();
+    c.table.read.clear();
+    const QByteArray bytes = png(7);
+    QSet<int> asked;
+    QMutex lock;
+    cache->setLoader([&](const QVariant& key, const QString& field) {
+        QMutexLocker locker(&lock);
+        asked.insert(key.toInt());
+        return field == u"Thumb"_s ? bytes : QByteArray();
+    });
+    c.cards()->repaint();
+    cache->waitForIdle();
+    c.cards()->repaint();
+    QVERIFY(c.table.read.isEmpty());
+    QVERIFY(!asked.isEmpty());
+    const int row = c.view->model()->sourceRowAt(0);
+    QMutexLocker locker(&lock);
+    QVERIFY(asked.contains(c.table.key(row)));
+    QVERIFY(cache->count() >= asked.size());
+}
+
+// A card and a table view share the current row; each keeps its own selection. Right to left, the
+// first card stands at the right.
+void TestGridCardView::currentRowAcrossViews()
+{
+    TCards c;
+    TGridTableView* table = c.grid.addTableView(u"Table"_s);
+    table->addColumn(u"Name"_s, u"Name"_s);
+    QSignalSpy moved(&c.grid, &TGrid::currentRowChanged);
+    const int row = c.view->model()->sourceRowAt(2);
+    QTest::mouseClick(c.cards(), Qt::LeftButton, Qt::NoModifier, c.at(c.view->cardRect(row)));
+    QCOMPARE(moved.size(), 1);
+    QCOMPARE(table->currentSourceRow(), row);
+    QCOMPARE(c.view->selectedSourceRows(), QList<int>{row});
+    QCOMPARE(table->selectedCount(), 0);
+    c.grid.setCurrentRow(7);
+    QCOMPARE(moved.size(), 1);
+    QCOMPARE(c.view->currentSourceRow(), 7);
+
+    const QRect first = c.view->cardRect(c.view->model()->sourceRowAt(0));
+    c.view->setLayoutDirection(Qt::RightToLeft);
+    const QRect mirrored = c.view->cardRect(c.view->model()->sourceRowAt(0));
+    QVERIFY(mirrored.left() > first.left());
+    QCOMPARE(c.view->hitTest(mirrored.center()).SourceRow, c.view->model()->sourceRowAt(0));
 }
 
 void TestGridCardView::keyboardAndTemplate()

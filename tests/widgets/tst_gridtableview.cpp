@@ -6,6 +6,7 @@
 #include "uGridFindPanel.h"
 #include "uGridModel.h"
 #include "uGridTableView.h"
+#include "uGridTexts.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -13,6 +14,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolTip>
@@ -85,6 +87,10 @@ private slots:
     void widthsAndBestFit();
     void filterBuilder();
     void layoutAndTexts();
+    void translatedTexts();
+    void autoWidthResize();
+    void modelSwappedAndDestroyed();
+    void filterBuilderNested();
 };
 
 void TestGridTableView::cleanup()
@@ -162,6 +168,18 @@ void TestGridTableView::dragGroupBoxOut()
     QCOMPARE(t.view->columns()->groupColumns(), QList<TGridColumn*>{t.column(u"Country"_s)});
     QVERIFY(t.column(u"Metal"_s)->visible());
     QCOMPARE(t.column(u"Metal"_s)->position() + 1, t.column(u"Name"_s)->position());
+
+    // Past the last column: it comes back last.
+    const QPoint end(header->viewport()->width() - 2, 5);
+    TGridTableView::setDragRunner([&](QDrag* drag) { return deliver(drag, header->viewport(), end); });
+    t.view->setColumnAutoWidth(false);
+    for (TGridColumn* c : t.view->columns()->visibleColumns())
+        c->setWidth(40);
+    t.column(u"Country"_s)->setPosition(0);
+    mouse(panel, QEvent::MouseButtonPress, boxAt, Qt::LeftButton);
+    mouse(panel, QEvent::MouseMove, boxAt + QPoint(0, 40), Qt::LeftButton);
+    QCOMPARE(t.column(u"Country"_s)->position(), t.view->columns()->count() - 1);
+    t.view->groupByColumn(t.column(u"Country"_s), 0);
 
     // Nowhere: out of the grouping, shown again.
     TGridTableView::setDragRunner([](QDrag*) { return Qt::IgnoreAction; });
@@ -465,6 +483,120 @@ void TestGridTableView::layoutAndTexts()
     const QRect second = t.view->headerRect(t.column(u"ID"_s));
     QVERIFY(first.left() > second.left());
     QCOMPARE(t.view->hitTest(first.center()).Column, t.column(u"Year"_s));
+}
+
+// The program's texts reach the widgets at once; a view's own text wins over the grid's.
+void TestGridTableView::translatedTexts()
+{
+    TTable t;
+    t.view->showFindPanel();
+    const TGridTexts saved = GridTexts();
+    TGridTexts texts = saved;
+    texts.FindButton = u"Suchen"_s;
+    texts.GroupByText = u"Spalte hierher ziehen"_s;
+    texts.EmptyText = u"Keine Daten"_s;
+    SetGridTexts(texts);
+    auto* find = t.view->findPanel()->findChild<QPushButton*>(u"findButton"_s);
+    QCOMPARE(find->text(), u"Suchen"_s);
+    QCOMPARE(t.view->groupByText(), u"Spalte hierher ziehen"_s);
+    QCOMPARE(t.view->emptyText(), u"Keine Daten"_s);
+    t.view->setEmptyText(u"Leer"_s);
+    QCOMPARE(t.view->emptyText(), u"Leer"_s);
+    SetGridTexts(saved);
+    QCOMPARE(find->text(), saved.FindButton);
+    QCOMPARE(t.view->emptyText(), u"Leer"_s);
+}
+
+// With auto width a column the user widens takes its room from the columns after it.
+void TestGridTableView::autoWidthResize()
+{
+    TTable t;
+    QHeaderView* header = t.view->header();
+    const auto size = [&](const QString& name) { return header->sectionSize(t.column(name)->id()); };
+    const int total = header->width();
+    const int id = size(u"ID"_s);
+    const int name = size(u"Name"_s);
+    header->resizeSection(t.column(u"Name"_s)->id(), name + 60);
+    int sum = 0;
+    for (const TGridColumn* c : t.view->columns()->visibleColumns())
+        sum += size(c->name());
+    QVERIFY(std::abs(sum - total) <= int(t.view->columns()->visibleColumns().size()));
+    QCOMPARE(size(u"ID"_s), id);
+    QVERIFY(std::abs(size(u"Name"_s) - (name + 60)) <= 1);
+    QVERIFY(size(u"Country"_s) < total / 7);
+    // Off: each column keeps the width it is given, and the view scrolls.
+    t.view->setColumnAutoWidth(false);
+    header->resizeSection(t.column(u"Year"_s)->id(), 500);
+    QCOMPARE(t.column(u"Year"_s)->width(), 500);
+    QVERIFY(header->length() > header->width());
+}
+
+// Another model with the same fields in another order: the columns find their fields again. A model
+// that goes away leaves an empty view, not a crash.
+void TestGridTableView::modelSwappedAndDestroyed()
+{
+    TTable t;
+    t.view->groupByColumn(t.column(u"Metal"_s), 0);
+    t.grid.setCurrentRow(3);
+    QStringList reversed = Fields;
+    std::reverse(reversed.begin(), reversed.end());
+    QList<QVariantList> rows;
+    for (QVariantList row : MakeItems(10, 42)) {
+        std::reverse(row.begin(), row.end());
+        rows.append(row);
+    }
+    auto* other = new TTestTable(reversed, rows);
+    t.grid.setSourceModel(other);
+    QCOMPARE(t.grid.currentRow(), -1);
+    QCOMPARE(t.view->model()->visibleRowCount(), 10);
+    QCOMPARE(t.view->displayText(4, t.column(u"Name"_s)), other->value(4, u"Name"_s).toString());
+    QCOMPARE(t.view->model()->groupDepth(), 1);
+    t.view->expandAll();
+    t.view->rowsViewport()->repaint();
+    delete other;
+    QCOMPARE(t.view->model()->visibleRowCount(), 0);
+    t.view->rowsViewport()->repaint();
+    QCOMPARE(t.view->hitTest(t.view->rowsViewport()->geometry().center()).Kind, TGridHitKind::EmptyArea);
+    t.grid.setSourceModel(&t.table);
+    QCOMPARE(t.view->model()->visibleRowCount(), t.table.rowCount());
+}
+
+// Groups and lists through the builder's own widgets.
+void TestGridTableView::filterBuilderNested()
+{
+    TTable t;
+    TGridView::setDialogRunner([&](QWidget* dialog) {
+        auto* builder = qobject_cast<TGridFilterBuilder*>(dialog);
+        QTreeWidgetItem* group = builder->addGroup();
+        auto* op = builder->tree()->itemWidget(group, 0)->findChild<QComboBox*>(u"groupOperator"_s);
+        op->setCurrentIndex(op->findData(int(TGridFilterGroupOperator::Or)));
+        const auto condition = [&](QTreeWidgetItem* parent, const QString& field, TGridFilterOperator kind,
+                                   const QString& value) {
+            QWidget* row = builder->tree()->itemWidget(builder->addCondition(parent, field), 0);
+            auto* box = row->findChild<QComboBox*>(u"operator"_s);
+            box->setCurrentIndex(box->findData(int(kind)));
+            row->findChild<QComboBox*>(u"value"_s)->setEditText(value);
+        };
+        condition(group, u"Metal"_s, TGridFilterOperator::InList, u"1; 2"_s);
+        condition(group, u"Name"_s, TGridFilterOperator::BeginsWith, u"Pan"_s);
+        condition(nullptr, u"Price"_s, TGridFilterOperator::IsNotBlank, {});
+        // A condition removed again by its button.
+        QTreeWidgetItem* extra = builder->addCondition(nullptr, u"Year"_s);
+        QTest::mouseClick(builder->tree()->itemWidget(extra, 0)->findChild<QWidget*>(u"remove"_s),
+                          Qt::LeftButton);
+        builder->accept();
+        return builder->result();
+    });
+    QVERIFY(t.view->showFilterBuilder());
+    QCOMPARE(t.view->filter().toText(),
+             u"([Metal] IN (1, 2) OR [Name] BEGINS WITH 'Pan') AND [Price] IS NOT BLANK"_s);
+    for (int p = 0; p < t.view->model()->visibleRowCount(); ++p) {
+        const int row = t.view->model()->sourceRowAt(p);
+        const int metal = t.table.value(row, u"Metal"_s).toInt();
+        QVERIFY((metal == 1 || metal == 2 ||
+                 t.table.value(row, u"Name"_s).toString().startsWith(u"Pan"_s, Qt::CaseInsensitive)) &&
+                !t.table.value(row, u"Price"_s).isNull());
+    }
 }
 
 QTEST_MAIN(TestGridTableView)
