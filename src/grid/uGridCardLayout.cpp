@@ -25,26 +25,26 @@ std::vector<TGridCardRowRect> TGridCardLayout::layout(const std::function<bool(i
     std::vector<TGridCardRowRect> out;
     int sideY = Padding;
     int mainY = Padding;
-    for (const TGridCardRowSpec& spec : m_rows) {
-        if (isEmpty && isEmpty(spec.Column))
+    for (const TGridCardRowSpec& cardRow : m_rows) {
+        if (isEmpty && isEmpty(cardRow.Column))
             continue;
         TGridCardRowRect rect;
-        rect.Column = spec.Column;
-        if (spec.SideWidth > 0) {
+        rect.Column = cardRow.Column;
+        if (cardRow.SideWidth > 0) {
             rect.Side = true;
-            rect.Row = QRect(Padding, sideY, sideWidth, spec.Height);
+            rect.Row = QRect(Padding, sideY, sideWidth, cardRow.Height);
             rect.Value = rect.Row;
-            sideY += spec.Height + Spacing;
+            sideY += cardRow.Height + Spacing;
         } else {
-            rect.Row = QRect(mainX, mainY, mainWidth, spec.Height);
-            if (spec.Caption && !spec.Title && !spec.Picture && captionWidth > 0) {
-                rect.Caption = QRect(mainX, mainY, captionWidth, spec.Height);
+            rect.Row = QRect(mainX, mainY, mainWidth, cardRow.Height);
+            if (cardRow.Caption && !cardRow.Title && !cardRow.Picture && captionWidth > 0) {
+                rect.Caption = QRect(mainX, mainY, captionWidth, cardRow.Height);
                 const int valueX = mainX + captionWidth + CaptionGap;
-                rect.Value = QRect(valueX, mainY, std::max(mainX + mainWidth - valueX, 1), spec.Height);
+                rect.Value = QRect(valueX, mainY, std::max(mainX + mainWidth - valueX, 1), cardRow.Height);
             } else {
                 rect.Value = rect.Row;
             }
-            mainY += spec.Height + Spacing;
+            mainY += cardRow.Height + Spacing;
         }
         out.push_back(rect);
     }

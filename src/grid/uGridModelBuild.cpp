@@ -646,15 +646,15 @@ void TGridModel::buildAll(Rebuild what)
     resolveColumns();
 
     // Whether the sorted order still stands.
-    std::vector<std::pair<int, bool>> spec;
+    std::vector<std::pair<int, bool>> sortKeys;
     for (const int id : m_groupColumns)
-        spec.emplace_back(m_sourceColumns[std::size_t(id)],
+        sortKeys.emplace_back(m_sourceColumns[std::size_t(id)],
                           m_columns->at(id)->sortOrder() == TGridSortOrder::Descending);
     if (m_columns)
         for (const TGridColumn* column : m_columns->sortColumns())
             if (sourceColumnOf(column) >= 0 && !column->isPicture())
-                spec.emplace_back(sourceColumnOf(column), column->sortOrder() == TGridSortOrder::Descending);
-    bool sortStands = what == Rebuild::Filter && m_sortValid && spec == m_sortSpec &&
+                sortKeys.emplace_back(sourceColumnOf(column), column->sortOrder() == TGridSortOrder::Descending);
+    bool sortStands = what == Rebuild::Filter && m_sortValid && sortKeys == m_sortSpec &&
                       (!m_sorting || m_sorted.size() == std::size_t(m_sourceRows));
     if (sortStands && m_source)
         for (const auto& [column, descending] : m_sortSpec) {
@@ -664,7 +664,7 @@ void TGridModel::buildAll(Rebuild what)
                 m_source->keys(column)->generation() != it->second)
                 sortStands = false;
         }
-    m_sortSpec = spec;
+    m_sortSpec = sortKeys;
 
     if (m_source && !m_resetting) {
         declareNeeds();

@@ -77,27 +77,27 @@ void TGridCardArea::relayout()
     std::vector<TGridCardRowSpec> specs;
     int captionWidth = 0;
     for (const TGridColumn* column : m_view->columns()->visibleColumns()) {
-        TGridCardRowSpec spec;
-        spec.Column = column->id();
-        spec.Picture = column->isPicture();
-        spec.Title = column->isCardTitle();
-        spec.Caption = column->captionVisible() && !spec.Title && !spec.Picture;
-        spec.SideWidth = std::max(column->width(), 0);
+        TGridCardRowSpec cardRow;
+        cardRow.Column = column->id();
+        cardRow.Picture = column->isPicture();
+        cardRow.Title = column->isCardTitle();
+        cardRow.Caption = column->captionVisible() && !cardRow.Title && !cardRow.Picture;
+        cardRow.SideWidth = std::max(column->width(), 0);
         const int lines = column->lines();
-        if (spec.Picture) {
-            spec.Height = (lines > 0 ? lines : m_view->m_pictureLines) * m_lineHeight;
-            if (spec.SideWidth > 0 && m_view->m_squareSide)
-                spec.Height = spec.SideWidth;
-            if (spec.SideWidth == 0 && m_view->m_limitPictures)
-                spec.Height = std::min(spec.Height, width);
-        } else if (spec.Title) {
-            spec.Height = std::max(lines, 1) * titleLine + 2;
+        if (cardRow.Picture) {
+            cardRow.Height = (lines > 0 ? lines : m_view->m_pictureLines) * m_lineHeight;
+            if (cardRow.SideWidth > 0 && m_view->m_squareSide)
+                cardRow.Height = cardRow.SideWidth;
+            if (cardRow.SideWidth == 0 && m_view->m_limitPictures)
+                cardRow.Height = std::min(cardRow.Height, width);
+        } else if (cardRow.Title) {
+            cardRow.Height = std::max(lines, 1) * titleLine + 2;
         } else {
-            spec.Height = std::max(lines, 1) * m_lineHeight + 2;
+            cardRow.Height = std::max(lines, 1) * m_lineHeight + 2;
         }
-        if (spec.Caption)
+        if (cardRow.Caption)
             captionWidth = std::max(captionWidth, metrics.horizontalAdvance(model->columnCaption(column)));
-        specs.push_back(spec);
+        specs.push_back(cardRow);
     }
     m_layout.setRows(std::move(specs));
     m_layout.setCardWidth(width);
