@@ -74,7 +74,7 @@ void TGridCardArea::relayout()
     const int width = cardWidthShown();
     const TGridModel* model = m_view->model();
 
-    std::vector<TGridCardRowSpec> specs;
+    std::vector<TGridCardRowSpec> cardRows;
     int captionWidth = 0;
     for (const TGridColumn* column : m_view->columns()->visibleColumns()) {
         TGridCardRowSpec cardRow;
@@ -97,9 +97,9 @@ void TGridCardArea::relayout()
         }
         if (cardRow.Caption)
             captionWidth = std::max(captionWidth, metrics.horizontalAdvance(model->columnCaption(column)));
-        specs.push_back(cardRow);
+        cardRows.push_back(cardRow);
     }
-    m_layout.setRows(std::move(specs));
+    m_layout.setRows(std::move(cardRows));
     m_layout.setCardWidth(width);
     m_layout.setCaptionWidth(captionWidth + 4);
 
