@@ -330,22 +330,28 @@ private:
         skipBlanks();
         if (!symbol(u"["))
             fail(u"expected a field in brackets"_s);
-        QString name;
+        return readDelimited(u']', u"unterminated field name"_s);
+    }
+
+    // Reads up to the closing character; the closing character written twice stands for itself.
+    QString readDelimited(QChar close, const QString& unterminated)
+    {
+        QString text;
         while (true) {
             if (atEnd())
-                fail(u"unterminated field name"_s);
+                fail(unterminated);
             const QChar c = m_text[m_pos++];
-            if (c == u']') {
-                if (!atEnd() && m_text[m_pos] == u']') {
-                    name += u']';
+            if (c == close) {
+                if (!atEnd() && m_text[m_pos] == close) {
+                    text += close;
                     ++m_pos;
                     continue;
                 }
                 break;
             }
-            name += c;
+            text += c;
         }
-        return name;
+        return text;
     }
 
     QVariant parseValue()
@@ -356,22 +362,7 @@ private:
         const QChar c = m_text[m_pos];
         if (c == u'\'') {
             ++m_pos;
-            QString value;
-            while (true) {
-                if (atEnd())
-                    fail(u"unterminated text"_s);
-                const QChar ch = m_text[m_pos++];
-                if (ch == u'\'') {
-                    if (!atEnd() && m_text[m_pos] == u'\'') {
-                        value += u'\'';
-                        ++m_pos;
-                        continue;
-                    }
-                    break;
-                }
-                value += ch;
-            }
-            return value;
+            return readDelimited(u'\'', u"unterminated text"_s);
         }
         if (c == u'#') {
             const qsizetype end = m_text.indexOf(u'#', m_pos + 1);
