@@ -3,7 +3,7 @@ BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= 2
 
-.PHONY: run test check asan deps build format bench
+.PHONY: run test check asan deps build format bench package
 
 deps:
 	@bash scripts/deps.sh
@@ -28,6 +28,10 @@ asan: deps
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
 	@cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 		ctest --output-on-failure -j $(JOBS) -L logic
+
+# Builds the Debian package build/orvane_<version>_<arch>.deb.
+package: build
+	@cd $(BUILD) && cpack -G DEB
 
 format: build
 	@cmake --build $(BUILD) --target format

@@ -329,7 +329,7 @@ void SetSettingsStore(std::unique_ptr<TZTCustomSettings> store)
 
 void InitializeSettings()
 {
-    OEMInfo = ReadOEMInfo(GetExeFolder() + u"reg.enc"_s);
+    OEMInfo = ReadOEMInfo(GetDataFolder() + u"reg.enc"_s);
     g_rootPath = SettingsPathFor(OEMInfo);
     g_store = std::make_unique<TZTRegistrySettings>(cHKEY_CURRENT_USER, g_rootPath);
     LoadSettings();

@@ -1,5 +1,7 @@
 #include "uZTStrings.h"
 
+#include "uZTTypes.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -331,5 +333,5 @@ TLanguagesListEx2 ListLanguages(const QString& folder)
 
 QString GetLanguageFolder()
 {
-    return QCoreApplication::applicationDirPath() + u"/Lang/"_s;
+    return GetDataFolder() + u"Lang/"_s;
 }

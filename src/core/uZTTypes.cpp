@@ -74,6 +74,16 @@ QString GetExeFolder()
     return WithTrailingDelimiter(QCoreApplication::applicationDirPath());
 }
 
+QString GetDataFolder()
+{
+    const QString exeFolder = GetExeFolder();
+    if (QFileInfo(exeFolder + u"Lang"_s).isDir()) {
+        return exeFolder;
+    }
+    const QString installed = QDir::cleanPath(exeFolder + u"../share/orvane"_s);
+    return WithTrailingDelimiter(QFileInfo(installed).isDir() ? installed : exeFolder);
+}
+
 QString WithTrailingDelimiter(const QString& path)
 {
     return EndsWithDelimiter(path) ? path : path + u'/';

@@ -41,6 +41,9 @@ inline constexpr int CoinTypeCount = 5;
 
 // Folder of the executable, with a delimiter at the end.
 QString GetExeFolder();
+// The folder of the program's data (language files, branding file): the executable's own folder
+// when it holds them (a build tree), else <prefix>/share/orvane/ of an installed program.
+QString GetDataFolder();
 // Adds a delimiter when the path does not end in one.
 QString WithTrailingDelimiter(const QString& path);
 // Creates the folder with its parents when missing; returns it with a delimiter.
