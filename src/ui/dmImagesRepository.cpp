@@ -23,6 +23,7 @@
 
 #include <QAction>
 #include <QIcon>
+#include <QPainter>
 #include <QPixmap>
 
 using namespace Qt::StringLiterals;
@@ -81,11 +82,16 @@ public:
     }
 };
 
-// A clear picture of a flag's size, so that names without a flag line up with the others.
+// A grey outline of a flag's size for the few codes without a flag picture, so that their names
+// line up with the others.
 QIcon NoFlagIcon()
 {
     QPixmap pixmap(16, 11);
     pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setPen(QColor(0x90, 0x90, 0x90));
+    painter.drawRect(0, 0, 15, 10);
+    painter.end();
     return QIcon(pixmap);
 }
 
