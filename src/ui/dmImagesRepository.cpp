@@ -100,10 +100,10 @@ QList<TListEntry> CountryEntries()
     QList<TListEntry> entries;
     const QIcon noFlag = NoFlagIcon();
     // The row for no country comes first.
-    entries.append({QString(), u"Empty"_s, QIcon()});
+    entries.append({QString(), u"Empty"_s, noFlag});
     for (const TCountry& country : Countries()) {
         entries.append(
-            {country.Code, country.Name, country.FlagPath.isEmpty() ? QIcon() : QIcon(country.FlagPath)});
+            {country.Code, country.Name, country.FlagPath.isEmpty() ? noFlag : QIcon(country.FlagPath)});
     }
     return entries;
 }
