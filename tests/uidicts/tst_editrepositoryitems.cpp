@@ -34,11 +34,13 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
+#include <QProgressDialog>
 #include <QScrollArea>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QWheelEvent>
 #include <QtTest>
 
@@ -515,7 +517,16 @@ private slots:
         spoil.close();
         int told = 0;
         QWidget window;
+        bool dialogShown = false;
+        QTimer::singleShot(0, &window, [&dialogShown] {
+            auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+            dialogShown = dialog != nullptr;
+            const QString dir = qEnvironmentVariable("ORV_SCREENSHOT_DIR");
+            if (dialog && !dir.isEmpty())
+                dialog->grab().save(dir + u"/regenerate-progress.png"_s);
+        });
         RegenerateThumbs(data, &window, [&told] { ++told; });
+        QVERIFY(dialogShown);
         QCOMPARE(told, 1);
         QVERIFY(!items.controlsDisabled());
         QCOMPARE(items.state(), TDatasetState::Browse);
