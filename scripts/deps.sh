@@ -11,6 +11,7 @@ packages=(
     xvfb xauth tinyproxy
     fonts-dejavu-core
     desktop-file-utils appstream dpkg-dev file
+    iso-codes famfamfam-flag-png qt6-image-formats-plugins
 )
 
 missing=()
