@@ -1,0 +1,41 @@
+#include "frmMainEditors.h"
+
+#include "dmImages.h"
+#include "dmInternalData.h"
+#include "frmEdit.h"
+#include "frmMints.h"
+#include "uEditDataController.h"
+
+#include <QAction>
+#include <QApplication>
+
+void ShowItemEditor(TDM_InternalData& data, QWidget* owner, const TEditRowList* rows,
+                    const std::function<void(int)>& onRecordFocused)
+{
+    if (!data.Connected()) {
+        return;
+    }
+    TDatasetDataController controller(*data.qDS_Items, rows);
+    controller.SetOnRecordFocused(onRecordFocused);
+    TORVEditForm editor(data, owner);
+    editor.SetDataController(&controller);
+    editor.exec();
+    // Every way out posts or cancels; a record still open (a failure on the way) is dropped.
+    if (controller.IsEditing()) {
+        controller.Cancel();
+    }
+}
+
+void ConnectMintsCommands(TDM_InternalData& data, QWidget* mainWindow, QAction* actEditMints)
+{
+    if (actEditMints) {
+        QObject::connect(actEditMints, &QAction::triggered, mainWindow,
+                         [&data, mainWindow] { ShowMintsDialog(data, mainWindow); });
+    }
+    if (TDataModuleImages* images = DataModuleImages()) {
+        QObject::connect(images->actEditMints(), &QAction::triggered, mainWindow, [&data, mainWindow] {
+            QWidget* owner = QApplication::activeModalWidget();
+            ShowMintsDialog(data, owner ? owner : mainWindow);
+        });
+    }
+}
