@@ -179,7 +179,7 @@ void TORVEditForm::CreateLayout()
     auto* layout = new QVBoxLayout(lgContainer());
     layout->setContentsMargins(6, 6, 6, 6);
     layout->addWidget(splitter);
-    resize(880, 620);
+    resize(960, 640);
 }
 
 QWidget* TORVEditForm::CreateGeneralTab()
@@ -253,6 +253,7 @@ QWidget* TORVEditForm::CreatePurchasesTab()
         itemRows.Add(u"edtExpectedPremium"_s, I(u"edExpectedPremium"_s), u"ExpectedPremium"_s, 0);
     if (auto* edit = qobject_cast<TNumberEdit*>(premium)) {
         edit->lineEdit()->setPlaceholderText(cExpectedPremiumPrompt);
+        edit->setToolTip(cExpectedPremiumPrompt);
     }
     itemRows.Add(u"cbCondition"_s, I(u"cbCondition"_s), u"Condition"_s, 1);
     itemRows.Add(u"cbOwner"_s, I(u"cbOwner"_s), u"Owner"_s, 2);

@@ -187,6 +187,9 @@ void TMintsForm::ShowCurrentRow()
     const TDBDataset& mints = *m_data.tblMints;
     const int row = mints.active() && !mints.isEmpty() ? mints.recNo() - 1 : -1;
     m_grid->setCurrentRow(row);
+    if (row >= 0) {
+        m_view->scrollToSourceRow(row);
+    }
     m_vg->setCurrentRow(row);
 }
 

@@ -5,6 +5,9 @@
 #include "uZTTypes.h"
 
 #include <QBuffer>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QContextMenuEvent>
 #include <QDialog>
 #include <QFile>
@@ -174,26 +177,89 @@ void TPictureBox::mouseDoubleClickEvent(QMouseEvent*)
     }
 }
 
+void TPictureBox::CopyToClipboard() const
+{
+    if (!m_image.isNull()) {
+        QGuiApplication::clipboard()->setImage(m_image);
+    }
+}
+
+void TPictureBox::CutToClipboard()
+{
+    if (m_readOnly || m_image.isNull()) {
+        return;
+    }
+    CopyToClipboard();
+    Clear();
+}
+
+bool TPictureBox::PasteFromClipboard()
+{
+    const QImage image = m_readOnly ? QImage() : QGuiApplication::clipboard()->image();
+    if (image.isNull()) {
+        return false;
+    }
+    // The clipboard holds pixels, not a file: they are stored as PNG, which loses nothing.
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return SetPictureBytes(bytes);
+}
+
+bool TPictureBox::SaveToFile(const QString& path) const
+{
+    if (m_bytes.isEmpty()) {
+        return false;
+    }
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(m_bytes) == m_bytes.size();
+}
+
 void TPictureBox::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu menu(this);
-    QAction* load = menu.addAction(TextOr(u"cSImgEditLoad"_s, u"Load..."_s));
+    QAction* cut = menu.addAction(TextOr(u"cSImgEditCut"_s, u"Cut"_s));
+    QAction* copy = menu.addAction(TextOr(u"cSImgEditCopy"_s, u"Copy"_s));
+    QAction* paste = menu.addAction(TextOr(u"cSImgEditPaste"_s, u"Paste"_s));
     QAction* remove = menu.addAction(TextOr(u"cSImgEditDelete"_s, u"Delete"_s));
     menu.addSeparator();
+    QAction* load = menu.addAction(TextOr(u"cSImgEditLoad"_s, u"Load..."_s));
+    QAction* save = menu.addAction(TextOr(u"cSImgEditSave"_s, u"Save as..."_s));
+    menu.addSeparator();
     QAction* full = menu.addAction(TextOr(u"cSImgEditShowFullSize"_s, u"Show full size"_s));
-    load->setEnabled(!m_readOnly);
+    const bool hasPicture = !m_image.isNull();
+    cut->setEnabled(!m_readOnly && hasPicture);
+    copy->setEnabled(hasPicture);
+    paste->setEnabled(!m_readOnly && QGuiApplication::clipboard()->mimeData() &&
+                      QGuiApplication::clipboard()->mimeData()->hasImage());
     remove->setEnabled(!m_readOnly && !m_bytes.isEmpty());
-    full->setEnabled(!m_image.isNull());
+    load->setEnabled(!m_readOnly);
+    save->setEnabled(!m_bytes.isEmpty());
+    full->setEnabled(hasPicture);
     QAction* chosen = menu.exec(event->globalPos());
-    if (chosen == load) {
+    if (chosen == cut) {
+        CutToClipboard();
+    } else if (chosen == copy) {
+        CopyToClipboard();
+    } else if (chosen == paste) {
+        PasteFromClipboard();
+    } else if (chosen == remove) {
+        Clear();
+    } else if (chosen == load) {
         const QString path = QFileDialog::getOpenFileName(
             this, QString(), QString(),
             u"Pictures (*.jpg *.jpeg *.png *.bmp *.gif *.tif *.tiff *.ico);;All files (*)"_s);
         if (!path.isEmpty()) {
             LoadFile(path);
         }
-    } else if (chosen == remove) {
-        Clear();
+    } else if (chosen == save) {
+        const QString suffix = FormatName(m_bytes).toLower();
+        const QString path = QFileDialog::getSaveFileName(this, QString(), QString(),
+                                                          u"*.%1;;All files (*)"_s.arg(suffix));
+        if (!path.isEmpty()) {
+            SaveToFile(path);
+        }
     } else if (chosen == full) {
         emit fullSizeRequested();
     }

@@ -7,8 +7,8 @@
 #include <QWidget>
 
 // A picture control bound to a blob field: the encoded bytes as they are stored, drawn to fit
-// (proportionally, never enlarged past twice its size), with a prompt when empty. Its menu loads a
-// file, deletes the picture and shows it full size; a double-click asks for the full size too.
+// (proportionally, never enlarged), with a prompt when empty. Its menu cuts, copies, pastes,
+// deletes, loads, saves and shows it full size; a double-click asks for the full size too.
 // Bytes that do not decode as a picture are refused and the control keeps what it had.
 class TPictureBox : public QWidget
 {
@@ -35,6 +35,12 @@ public:
     // The picture at its true size in a modal window of picture width + 25 by picture height +
     // status bar + 35 (not limited to the screen), with format, size and bytes in its status bar.
     void ShowFullSize();
+    void CopyToClipboard() const;
+    void CutToClipboard();
+    // A picture on the clipboard, stored as PNG; false (and nothing changes) without one.
+    bool PasteFromClipboard();
+    // Writes the bytes as they are stored; false without a picture or when the file fails.
+    bool SaveToFile(const QString& path) const;
 
     QSize sizeHint() const override { return {200, 200}; }
     QSize minimumSizeHint() const override { return {60, 60}; }

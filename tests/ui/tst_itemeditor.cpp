@@ -12,6 +12,9 @@
 #include "support_datarow.h"
 #include "uEditDataController.h"
 #include "uFieldBinder.h"
+#include "uDatasetTableModel.h"
+#include "uGrid.h"
+#include "uGridColumn.h"
 #include "uGridColumns.h"
 #include "uGridModel.h"
 #include "uGridTableView.h"
@@ -26,6 +29,7 @@
 
 #include <QApplication>
 #include <QBuffer>
+#include <QClipboard>
 #include <QComboBox>
 #include <QImage>
 #include <QLabel>
@@ -47,6 +51,13 @@ QByteArray Png(int width, int height, QColor colour = Qt::darkYellow)
     image.save(&buffer, "PNG");
     return bytes;
 }
+
+class TRecordingHost : public TRibbonDBEditHost
+{
+public:
+    void LoadRecord() override {}
+    void CloseWithResult(TEditCloseResult) override {}
+};
 
 } // namespace
 
@@ -278,6 +289,106 @@ private slots:
         QVERIFY(again->Controller().Execute(TEditCommand::SaveAndClose));
         QVERIFY(Items().fieldByName(u"PhotoFront"_s).isNull());
         QCOMPARE(Items().fieldByName(u"ThumbFront"_s).asBytes(), blank);
+    }
+
+    // The picture's menu commands: what reaches the field, the clipboard and the file.
+    void pictureMenu_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<bool>("clipboardPicture");
+        QTest::addColumn<bool>("photoAfter");
+        QTest::addColumn<bool>("edited");
+        AddRow("paste a picture", u"paste"_s, true, true, true);
+        AddRow("paste text refused", u"paste"_s, false, false, false);
+        AddRow("cut", u"cut"_s, false, false, true);
+        AddRow("copy", u"copy"_s, false, true, false);
+        AddRow("save", u"save"_s, false, true, false);
+    }
+    void pictureMenu()
+    {
+        QFETCH(QString, command);
+        QFETCH(bool, clipboardPicture);
+        const QByteArray photo = Png(30, 60, Qt::darkRed);
+        if (command != u"paste"_s) {
+            Items().edit();
+            Items().fieldByName(u"PhotoBack"_s).setAsBytes(photo);
+            Items().post();
+        }
+        if (clipboardPicture) {
+            QImage pixels(20, 10, QImage::Format_RGB32);
+            pixels.fill(Qt::blue);
+            QGuiApplication::clipboard()->setImage(pixels);
+        } else {
+            QGuiApplication::clipboard()->setText(u"not a picture"_s);
+        }
+        auto form = Editor();
+        auto* back = form->findChild<TPictureBox*>(u"imgReverse"_s);
+        const QString file = m_dir->filePath(u"saved.png"_s);
+        if (command == u"paste"_s) {
+            QCOMPARE(back->PasteFromClipboard(), clipboardPicture);
+        } else if (command == u"cut"_s) {
+            back->CutToClipboard();
+        } else if (command == u"copy"_s) {
+            back->CopyToClipboard();
+        } else {
+            QVERIFY(back->SaveToFile(file));
+            QCOMPARE(ReadFile(file), photo);
+        }
+        QTEST(!Items().fieldByName(u"PhotoBack"_s).isNull(), "photoAfter");
+        QTEST(Items().state() == TDatasetState::Edit, "edited");
+        if (command == u"cut"_s || command == u"copy"_s) {
+            QCOMPARE(QGuiApplication::clipboard()->image().size(), QSize(30, 60));
+        }
+        if (clipboardPicture) {
+            QCOMPARE(QImage::fromData(Items().fieldByName(u"PhotoBack"_s).asBytes()).size(), QSize(20, 10));
+        }
+    }
+
+    // Walking a grid grouped by metal: Next visits every record once in the grid's order, passing
+    // the group rows; Prior on the first record stays enabled and does nothing.
+    void walkGroupedGrid()
+    {
+        m_data->ADConnection->execSQL(u"INSERT INTO tblCoins (Name, Metal, WeightG) VALUES "
+                                      "('Eagle', 1, 31.1), ('Panda', 2, 30), ('Philharmonic', 1, 31.1)"_s);
+        m_data->RefreshItems();
+        TDatasetTableModel model(&Items());
+        TGrid grid;
+        grid.setSourceModel(&model);
+        TGridTableView* view = grid.addTableView(u"GridTableView"_s);
+        view->addColumn(u"GridTableViewName"_s, u"Name"_s);
+        view->addColumn(u"GridTableViewMetal"_s, u"Metal"_s)->setGroupIndex(0);
+        view->expandAll();
+        const TGridModel& shown = *view->model();
+        QCOMPARE(shown.displayRowCount(), 5 + 3); // three metals
+        TGridRowList rows(shown);
+        TDatasetDataController data(Items(), &rows);
+        TRecordingHost host;
+        TRibbonDBEditController editor(&host);
+        editor.SetDataController(&data);
+
+        data.SetFocusedRowIndex(data.FirstRecordRow());
+        QCOMPARE(data.FocusedRowIndex(), 1);
+        QVERIFY(editor.CommandEnabled(TEditCommand::Prev).value());
+        const QString first = Items().fieldByName(u"Name"_s).asString();
+        QVERIFY(editor.Execute(TEditCommand::Prev));
+        QCOMPARE(Items().fieldByName(u"Name"_s).asString(), first);
+        QCOMPARE(data.FocusedRowIndex(), 1);
+
+        QStringList visited{first};
+        while (editor.CommandEnabled(TEditCommand::Next).value()) {
+            QVERIFY(editor.Execute(TEditCommand::Next));
+            visited << Items().fieldByName(u"Name"_s).asString();
+        }
+        QStringList expected;
+        for (int row = 0; row < shown.displayRowCount(); ++row) {
+            const TGridRow r = shown.displayRow(row);
+            if (r.Kind == TGridRowKind::Data) {
+                expected << Items().valueAt(r.SourceRow, Items().fieldByName(u"Name"_s).index()).toString();
+            }
+        }
+        QCOMPARE(visited, expected);
+        QVERIFY(editor.Execute(TEditCommand::First));
+        QCOMPARE(Items().fieldByName(u"Name"_s).asString(), first);
     }
 
     void expectedPremiumPrompt()
