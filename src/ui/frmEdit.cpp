@@ -9,7 +9,7 @@
 #include "uItemTexts.h"
 #include "uNumberEdit.h"
 #include "uNumberEditorItems.h"
-#include "uPictureBox.h"
+#include "uPictureEdit.h"
 #include "uPropertyGrid.h"
 #include "uRecordEditItems.h"
 #include "uTextEditorItems.h"
@@ -173,9 +173,6 @@ void TORVEditForm::CreateLayout()
     splitter->setStretchFactor(0, 2);
     splitter->setStretchFactor(1, 5);
     splitter->setSizes({220, 560});
-    for (TPictureBox* picture : findChildren<TPictureBox*>()) {
-        connect(picture, &TPictureBox::fullSizeRequested, picture, &TPictureBox::ShowFullSize);
-    }
     auto* layout = new QVBoxLayout(lgContainer());
     layout->setContentsMargins(6, 6, 6, 6);
     layout->addWidget(splitter);
@@ -187,7 +184,7 @@ QWidget* TORVEditForm::CreateGeneralTab()
     auto* page = new QWidget;
     page->setObjectName(u"tsGeneralInfo"_s);
     TRows rows(page, *m_binder);
-    rows.Add(u"edtName"_s, I(u"edtText"_s), u"Name"_s, 0);
+    rows.Add(u"edtName"_s, I(u"edText"_s), u"Name"_s, 0);
     rows.Add(u"cbMint"_s, I(u"lcbMints"_s), u"MintID"_s, 1);
     rows.Add(u"cbMetal"_s, I(u"cbMetalTypes"_s), u"Metal"_s, 2);
     rows.Add(u"cxDBImageComboBox1"_s, I(u"cbCoinTypes"_s), u"CoinType"_s, 3);
@@ -202,7 +199,7 @@ QWidget* TORVEditForm::CreateGeneralTab()
     rows.Add(u"seWeight"_s, I(u"seWeightOz"_s), u"WeightOz"_s, 6);
     rows.Add(u"seWeightG"_s, I(u"seWeightG"_s), u"WeightGram"_s, 6, 1);
     rows.Add(u"cxDBComboBox2"_s, I(u"cbPurity"_s), u"Purity"_s, 7);
-    rows.Add(u"cxDBTextEdit1"_s, I(u"edtText"_s), u"Series"_s, 8, 0, 2);
+    rows.Add(u"cxDBTextEdit1"_s, I(u"edText"_s), u"Series"_s, 8, 0, 2);
     rows.Add(u"cxDBMemo1"_s, I(u"Memo"_s), u"Description"_s, 9, 0, 2);
     rows.Grid()->setRowStretch(9, 1);
     page->setLayout(rows.Grid());
@@ -216,11 +213,11 @@ QWidget* TORVEditForm::CreateSpecsTab()
     TRows rows(page, *m_binder);
     rows.Add(u"edMintage"_s, I(u"seMintage"_s), u"Mintage"_s, 0);
     rows.Add(u"edFaceValue"_s, I(u"edCurrency"_s), u"FaceValue"_s, 1);
-    rows.Add(u"edFaceValueCurrency"_s, I(u"edtText"_s), u"FaceValueCurrency"_s, 2);
+    rows.Add(u"edFaceValueCurrency"_s, I(u"edText"_s), u"FaceValueCurrency"_s, 2);
     rows.Add(u"seDiameter"_s, I(u"seMM"_s), u"Diameter"_s, 3);
     rows.Add(u"seThickness"_s, I(u"seMM"_s), u"Thickness"_s, 4);
     rows.Add(u"cbEdge"_s, I(u"cbEdge"_s), u"Edge"_s, 1, 1);
-    rows.Add(u"edArtist"_s, I(u"edtText"_s), u"Artist"_s, 2, 1);
+    rows.Add(u"edArtist"_s, I(u"edText"_s), u"Artist"_s, 2, 1);
     rows.Add(u"seWidth"_s, I(u"seMM"_s), u"Width"_s, 3, 1);
     rows.Add(u"seHeight"_s, I(u"seMM"_s), u"Height"_s, 4, 1);
     rows.Add(u"memObverseDesc"_s, I(u"Memo"_s), u"ObverseDesc"_s, 5, 0, 2);
@@ -250,7 +247,7 @@ QWidget* TORVEditForm::CreatePurchasesTab()
     item->setObjectName(u"lgItemInfo"_s);
     TRows itemRows(item, *m_binder);
     QWidget* premium =
-        itemRows.Add(u"edtExpectedPremium"_s, I(u"edExpectedPremium"_s), u"ExpectedPremium"_s, 0);
+        itemRows.Add(u"edtExpectedPremium"_s, I(u"edUsersCurrency"_s), u"ExpectedPremium"_s, 0);
     if (auto* edit = qobject_cast<TNumberEdit*>(premium)) {
         edit->lineEdit()->setPlaceholderText(cExpectedPremiumPrompt);
         edit->setToolTip(cExpectedPremiumPrompt);
@@ -396,12 +393,6 @@ void TORVEditForm::TranslateForm()
     }
     if (auto* group = findChild<QGroupBox*>(u"lgItemInfo"_s)) {
         group->setTitle(TextOr(u"cSEditCoinDlggItemInfo"_s, u"Item information"_s));
-    }
-    const QString hint = u"Right-click for options / Double-click to show full size picture"_s;
-    for (const char* name : {"imgObverse", "imgReverse", "imgSide", "imgInABox"}) {
-        if (auto* picture = findChild<TPictureBox*>(QString::fromLatin1(name))) {
-            picture->setToolTip(hint);
-        }
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "dmInternalData.h"
 #include "uFieldBinder.h"
-#include "uPictureBox.h"
+#include "uPictureEdit.h"
 #include "uRecordEditItems.h"
 #include "uRibbon.h"
 #include "uRibbonGroup.h"
@@ -39,14 +39,13 @@ TEditMintForm::TEditMintForm(TDM_InternalData& data, QWidget* owner)
 
     auto* logoLabel = new QLabel(page);
     m_logo =
-        qobject_cast<TPictureBox*>(m_binder->Bind(m_items->Item(u"ImageMint"_s), u"Logo"_s, page, logoLabel));
+        qobject_cast<TPictureEdit*>(m_binder->Bind(m_items->Item(u"ImageMint"_s), u"Logo"_s, page, logoLabel));
     m_logo->setObjectName(u"imgLogo"_s);
     m_logo->setFixedSize(200, 200);
-    connect(m_logo, &TPictureBox::fullSizeRequested, m_logo, &TPictureBox::ShowFullSize);
 
     auto* nameLabel = new QLabel(page);
     m_name =
-        qobject_cast<QLineEdit*>(m_binder->Bind(m_items->Item(u"edtText"_s), u"Name"_s, page, nameLabel));
+        qobject_cast<QLineEdit*>(m_binder->Bind(m_items->Item(u"edText"_s), u"Name"_s, page, nameLabel));
     m_name->setObjectName(u"edtMintName"_s);
     connect(m_name, &QLineEdit::textChanged, this, &TEditMintForm::SetDocumentName);
 

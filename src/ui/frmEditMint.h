@@ -7,7 +7,7 @@
 class QLineEdit;
 class TDM_InternalData;
 class TFieldBinder;
-class TPictureBox;
+class TPictureEdit;
 class TRecordEditItems;
 
 // The record dialog of one mint, on the current row of tblMints: the logo (200 by 200; a double
@@ -26,7 +26,7 @@ public:
     void PostEditorValues() override;
 
     TFieldBinder& Binder() const { return *m_binder; }
-    TPictureBox* imgLogo() const { return m_logo; }
+    TPictureEdit* imgLogo() const { return m_logo; }
     QLineEdit* edtMintName() const { return m_name; }
     // Opens the homepage of the record with the desktop's open verb; false without one.
     bool OpenHomepage() const;
@@ -35,6 +35,6 @@ private:
     TDM_InternalData& m_data;
     std::unique_ptr<TRecordEditItems> m_items;
     TFieldBinder* m_binder;
-    TPictureBox* m_logo = nullptr;
+    TPictureEdit* m_logo = nullptr;
     QLineEdit* m_name = nullptr;
 };

@@ -1,6 +1,5 @@
 #include "frmMainEditors.h"
 
-#include "dmImages.h"
 #include "dmInternalData.h"
 #include "frmEdit.h"
 #include "frmMints.h"
@@ -28,14 +27,10 @@ void ShowItemEditor(TDM_InternalData& data, QWidget* owner, const TEditRowList* 
 
 void ConnectMintsCommands(TDM_InternalData& data, QWidget* mainWindow, QAction* actEditMints)
 {
-    if (actEditMints) {
-        QObject::connect(actEditMints, &QAction::triggered, mainWindow,
-                         [&data, mainWindow] { ShowMintsDialog(data, mainWindow); });
-    }
-    if (TDataModuleImages* images = DataModuleImages()) {
-        QObject::connect(images->actEditMints(), &QAction::triggered, mainWindow, [&data, mainWindow] {
-            QWidget* owner = QApplication::activeModalWidget();
-            ShowMintsDialog(data, owner ? owner : mainWindow);
-        });
-    }
+    // The mint box's button of the repository runs this command too; opened over the item
+    // editor, the window belongs to it.
+    QObject::connect(actEditMints, &QAction::triggered, mainWindow, [&data, mainWindow] {
+        QWidget* owner = QApplication::activeModalWidget();
+        ShowMintsDialog(data, owner ? owner : mainWindow);
+    });
 }

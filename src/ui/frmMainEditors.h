@@ -15,6 +15,6 @@ class TEditRowList;
 void ShowItemEditor(TDM_InternalData& data, QWidget* owner, const TEditRowList* rows = nullptr,
                     const std::function<void(int record)>& onRecordFocused = {});
 
-// Connects the commands that open the mints window: the main window's actEditMints and the one of
-// the edit repository (the button of the mint box), which opens it over the active window.
+// Connects the main window's actEditMints (also run by the button of the mint box) to the mints
+// window, opened over the modal window in front if there is one.
 void ConnectMintsCommands(TDM_InternalData& data, QWidget* mainWindow, QAction* actEditMints);

@@ -161,7 +161,7 @@ void TMintsForm::CreateRecordPanel()
     m_vg->addRow(u"VGLogo"_s, u"Logo"_s, u"Logo"_s, &LogoItem(), u"VGCategoryRowMint"_s);
     m_vg->setRowLines(u"VGLogo"_s, 6);
     m_vg->setRowReadOnly(u"VGLogo"_s, true);
-    m_vg->addRow(u"VGName"_s, u"Name"_s, u"Name"_s, m_items->Item(u"edtText"_s), u"VGCategoryRowMint"_s);
+    m_vg->addRow(u"VGName"_s, u"Name"_s, u"Name"_s, m_items->Item(u"edText"_s), u"VGCategoryRowMint"_s);
     m_vg->addRow(u"VGCountry"_s, u"Country"_s, u"Country"_s, m_items->Item(u"ImageComboBoxItemCountries"_s),
                  u"VGCategoryRowMint"_s);
     m_vg->addRow(u"VGURL"_s, u"URL"_s, u"URL"_s, m_items->Item(u"HyperLink"_s), u"VGCategoryRowMint"_s);

@@ -1,6 +1,7 @@
 #include "uRecordEditItems.h"
 
 #include "dmImages.h"
+#include "frmPic.h"
 #include "uItemTexts.h"
 #include "uValuation.h"
 #include "uZTSettings.h"
@@ -50,15 +51,22 @@ QList<TListEntry> CountryEntries()
 TRecordEditItems::TRecordEditItems()
 {
     const QString na = TextOr(u"cSNA"_s, u"N/A"_s);
-    Add<TTextEditorItem>(m_items, u"edtText"_s);
+    Add<TTextEditorItem>(m_items, u"edText"_s);
     Add<TTextEditorItem>(m_items, u"repCustomTextEdit"_s);
     auto* link = Add<TTextEditorItem>(m_items, u"HyperLink"_s);
     link->setLinkStyle(true);
     Add<TMemoEditorItem>(m_items, u"Memo"_s)->setEditorLines(4);
     Add<TDateEditorItem>(m_items, u"deDate"_s);
     Add<TCheckEditorItem>(m_items, u"cbNotNull"_s)->setValues(1, 0);
-    Add<TPictureBoxItem>(m_items, u"ImageCoinEdit"_s);
-    Add<TPictureBoxItem>(m_items, u"ImageMint"_s);
+    for (const QString& name : {u"ImageCoinEdit"_s, u"ImageMint"_s}) {
+        auto* picture = Add<TPictureControlItem>(m_items, name);
+        picture->setTexts(TextOr(u"cSImgEditCaption"_s, u"Right-click on picture for options"_s),
+                          TextOr(u"cSImgEditShowFullSize"_s, u"Show full size"_s),
+                          TextOr(u"cSImgEditHint"_s, u"Right-click for options / Double-click to show full size picture"_s));
+        picture->setShowFullSize([](const QByteArray& bytes, QWidget* editor) {
+            TShowPictureForm::ShowPicture(bytes, TPictureViewerSource::ItemEditor, editor);
+        });
+    }
 
     m_mints = Add<TLookupEditorItem>(m_items, u"lcbMints"_s);
     m_mints->setSorted(true);
@@ -118,11 +126,9 @@ TRecordEditItems::TRecordEditItems()
     auto* currency = Add<TFloatEditorItem>(m_items, u"edCurrency"_s);
     currency->setDisplayFormat(u",0.##;(,0.##)"_s);
     currency->setRange(-1e15, 1e15);
-    for (const QString& name : {u"edUsersCurrency"_s, u"edExpectedPremium"_s}) {
-        auto* money = Add<TFloatEditorItem>(m_items, name);
-        money->setDisplayFunction([](double value) { return FormatUsersCurrency(value, Currency); });
-        money->setRange(-1e15, 1e15);
-    }
+    auto* money = Add<TFloatEditorItem>(m_items, u"edUsersCurrency"_s);
+    money->setDisplayFunction([](double value) { return FormatUsersCurrency(value, Currency); });
+    money->setRange(-1e15, 1e15);
     auto* customFloat = Add<TFloatEditorItem>(m_items, u"repCustomFloatEdit"_s);
     customFloat->setStep(0.1);
     customFloat->setRange(-1e15, 1e15);
@@ -145,6 +151,13 @@ TRecordEditItems::~TRecordEditItems() = default;
 
 const TEditorItem* TRecordEditItems::Item(const QString& name) const
 {
+    if (name != u"lcbMints"_s) {
+        if (TDataModuleImages* images = DataModuleImages()) {
+            if (const TEditorItem* shared = images->Item(name)) {
+                return shared;
+            }
+        }
+    }
     const auto found = m_items.find(name);
     return found != m_items.end() ? found->second.get() : nullptr;
 }
