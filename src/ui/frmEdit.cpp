@@ -261,6 +261,9 @@ QWidget* TORVEditForm::CreatePurchasesTab()
     itemRows.Add(u"cbGradeService"_s, I(u"cbGradeService"_s), u"GradeService"_s, 3, 1);
     itemRows.Add(u"memSerialNumbers"_s, I(u"Memo"_s), u"SerialNumbers"_s, 4, 0, 2);
     itemRows.Grid()->setRowStretch(4, 1);
+    // The left column's prompt is long: it gets the larger share.
+    itemRows.Grid()->setColumnStretch(1, 3);
+    itemRows.Grid()->setColumnStretch(3, 2);
     item->setLayout(itemRows.Grid());
 
     auto* layout = new QVBoxLayout(page);

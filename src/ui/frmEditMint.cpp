@@ -38,14 +38,13 @@ TEditMintForm::TEditMintForm(TDM_InternalData& data, QWidget* owner)
     grid->setColumnStretch(2, 1);
 
     auto* logoLabel = new QLabel(page);
-    m_logo =
-        qobject_cast<TPictureEdit*>(m_binder->Bind(m_items->Item(u"ImageMint"_s), u"Logo"_s, page, logoLabel));
+    m_logo = qobject_cast<TPictureEdit*>(
+        m_binder->Bind(m_items->Item(u"ImageMint"_s), u"Logo"_s, page, logoLabel));
     m_logo->setObjectName(u"imgLogo"_s);
     m_logo->setFixedSize(200, 200);
 
     auto* nameLabel = new QLabel(page);
-    m_name =
-        qobject_cast<QLineEdit*>(m_binder->Bind(m_items->Item(u"edText"_s), u"Name"_s, page, nameLabel));
+    m_name = qobject_cast<QLineEdit*>(m_binder->Bind(m_items->Item(u"edText"_s), u"Name"_s, page, nameLabel));
     m_name->setObjectName(u"edtMintName"_s);
     connect(m_name, &QLineEdit::textChanged, this, &TEditMintForm::SetDocumentName);
 

@@ -62,7 +62,8 @@ TRecordEditItems::TRecordEditItems()
         auto* picture = Add<TPictureControlItem>(m_items, name);
         picture->setTexts(TextOr(u"cSImgEditCaption"_s, u"Right-click on picture for options"_s),
                           TextOr(u"cSImgEditShowFullSize"_s, u"Show full size"_s),
-                          TextOr(u"cSImgEditHint"_s, u"Right-click for options / Double-click to show full size picture"_s));
+                          TextOr(u"cSImgEditHint"_s,
+                                 u"Right-click for options / Double-click to show full size picture"_s));
         picture->setShowFullSize([](const QByteArray& bytes, QWidget* editor) {
             TShowPictureForm::ShowPicture(bytes, TPictureViewerSource::ItemEditor, editor);
         });
