@@ -23,6 +23,7 @@
 
 #include <QAction>
 #include <QIcon>
+#include <QPixmap>
 
 using namespace Qt::StringLiterals;
 
@@ -80,9 +81,18 @@ public:
     }
 };
 
+// A clear picture of a flag's size, so that names without a flag line up with the others.
+QIcon NoFlagIcon()
+{
+    QPixmap pixmap(16, 11);
+    pixmap.fill(Qt::transparent);
+    return QIcon(pixmap);
+}
+
 QList<TListEntry> CountryEntries()
 {
     QList<TListEntry> entries;
+    const QIcon noFlag = NoFlagIcon();
     // The row for no country comes first.
     entries.append({QString(), u"Empty"_s, QIcon()});
     for (const TCountry& country : Countries()) {
@@ -163,7 +173,7 @@ void TDataModuleImages::CreateRepositoryItems()
             auto lookup = std::make_unique<TLookupEditorItem>();
             lookup->setSorted(true);
             QAction* action = m_actEditMints;
-            lookup->setButton([action](QWidget*) { action->trigger(); }, action->icon(), action->text());
+            lookup->setButton([action](QWidget*) { action->trigger(); }, QIcon(), action->text());
             item = std::move(lookup);
             break;
         }
@@ -173,7 +183,7 @@ void TDataModuleImages::CreateRepositoryItems()
                 const auto index = static_cast<std::size_t>(info - DictTable().data());
                 combo->setItemsProvider([this, index] { return m_items[index]; });
                 QAction* action = m_actions[index];
-                combo->setButton([action](QWidget*) { action->trigger(); }, action->icon(), action->text());
+                combo->setButton([action](QWidget*) { action->trigger(); }, QIcon(), action->text());
             }
             item = std::move(combo);
             break;

@@ -121,14 +121,11 @@ TShowPictureForm::TShowPictureForm(const QByteArray& bytes, TPictureViewerSource
     m_slider = new QSlider(Qt::Horizontal, m_statusBar);
     m_slider->setObjectName(u"ZoomSlider"_s);
     m_slider->setRange(ZoomToPercent(MinPictureZoom), 400);
-    m_slider->setFixedWidth(fontMetrics().horizontalAdvance(u'M') * 10);
-    m_zoomText = new QLabel(m_statusBar);
-    m_zoomText->setMinimumWidth(fontMetrics().horizontalAdvance(u"1600%"_s) + 4);
-    m_zoomText->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_slider->setFixedWidth(fontMetrics().horizontalAdvance(u'M') * 7);
+    m_status->setMinimumWidth(0);
     m_statusBar->addPermanentWidget(m_btnFit);
     m_statusBar->addPermanentWidget(m_btnActual);
     m_statusBar->addPermanentWidget(m_slider);
-    m_statusBar->addPermanentWidget(m_zoomText);
     connect(m_slider, &QSlider::valueChanged, this, [this](int percent) {
         if (percent != ZoomToPercent(m_zoom)) {
             SetZoom(PercentToZoom(percent));
@@ -273,7 +270,9 @@ void TShowPictureForm::TranslateForm()
     m_actSaveAs->setText(Text(u"cSPicSaveAs"_s, u"&Save as..."_s));
     m_actFit->setText(Text(u"cSPicFitToWindow"_s, u"Fit to window"_s));
     m_actActualSize->setText(Text(u"cSPicActualSize"_s, u"100%"_s));
-    m_slider->setToolTip(Text(u"cSPicZoom"_s, u"Zoom"_s));
+    for (QToolButton* button : {m_btnFit, m_btnActual}) {
+        button->setMinimumWidth(button->sizeHint().width());
+    }
 }
 
 void TShowPictureForm::UpdateCanvas()
@@ -284,5 +283,5 @@ void TShowPictureForm::UpdateCanvas()
         const QSignalBlocker blocker(m_slider);
         m_slider->setValue(std::min(percent, m_slider->maximum()));
     }
-    m_zoomText->setText(QString::number(percent) + u'%');
+    m_slider->setToolTip(Text(u"cSPicZoom"_s, u"Zoom"_s) + u": "_s + QString::number(percent) + u'%');
 }

@@ -66,7 +66,6 @@ private:
     QScrollArea* m_area;
     TPictureCanvas* m_canvas;
     QSlider* m_slider;
-    QLabel* m_zoomText;
     QToolButton* m_btnFit;
     QToolButton* m_btnActual;
     QStatusBar* m_statusBar;

@@ -77,10 +77,12 @@ TPictureEdit::TPictureEdit(QWidget* parent)
     : QFrame(parent), m_cut(new QAction(this)), m_copy(new QAction(this)), m_paste(new QAction(this)),
       m_delete(new QAction(this)), m_load(new QAction(this)), m_save(new QAction(this))
 {
-    setFrameShape(QFrame::StyledPanel);
+    setFrameShape(QFrame::NoFrame);
+    setContentsMargins(1, 1, 1, 1);
     setFocusPolicy(Qt::StrongFocus);
+    // An input field: the base colour inside a frame, in light and dark palettes alike.
     setBackgroundRole(QPalette::Base);
-    setAutoFillBackground(false);
+    setAutoFillBackground(true);
     m_cut->setObjectName(u"actPictureCut"_s);
     m_copy->setObjectName(u"actPictureCopy"_s);
     m_paste->setObjectName(u"actPicturePaste"_s);
@@ -313,8 +315,11 @@ QSize TPictureEdit::minimumSizeHint() const
 
 void TPictureEdit::paintEvent(QPaintEvent* event)
 {
-    QFrame::paintEvent(event);
     QPainter painter(this);
+    // The styled frame is faint or missing in some dark palettes: draw the border from the palette.
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    Q_UNUSED(event);
     const QRect area = contentsRect().adjusted(2, 2, -2, -2);
     if (!m_image.isNull()) {
         const qreal ratio = devicePixelRatioF();
