@@ -23,6 +23,7 @@
 
 #include <QAction>
 #include <QIcon>
+#include <QPainter>
 #include <QPixmap>
 
 using namespace Qt::StringLiterals;
@@ -81,11 +82,16 @@ public:
     }
 };
 
-// A clear picture of a flag's size, so that names without a flag line up with the others.
+// A grey outline of a flag's size for the few codes without a flag picture, so that their names
+// line up with the others.
 QIcon NoFlagIcon()
 {
     QPixmap pixmap(16, 11);
     pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setPen(QColor(0x90, 0x90, 0x90));
+    painter.drawRect(0, 0, 15, 10);
+    painter.end();
     return QIcon(pixmap);
 }
 
@@ -94,10 +100,10 @@ QList<TListEntry> CountryEntries()
     QList<TListEntry> entries;
     const QIcon noFlag = NoFlagIcon();
     // The row for no country comes first.
-    entries.append({QString(), u"Empty"_s, QIcon()});
+    entries.append({QString(), u"Empty"_s, noFlag});
     for (const TCountry& country : Countries()) {
         entries.append(
-            {country.Code, country.Name, country.FlagPath.isEmpty() ? QIcon() : QIcon(country.FlagPath)});
+            {country.Code, country.Name, country.FlagPath.isEmpty() ? noFlag : QIcon(country.FlagPath)});
     }
     return entries;
 }

@@ -21,7 +21,7 @@ QString ProgressText(int done, int total)
 
 } // namespace
 
-void RegenerateThumbs(TDM_InternalData& data, QWidget* window)
+void RegenerateThumbs(TDM_InternalData& data, QWidget* window, const std::function<void()>& afterRefresh)
 {
     TDBDataset* items = data.qDS_Items;
     if (!items || items->state() == TDatasetState::Inactive || data.DatabasePath.isEmpty())
@@ -60,6 +60,8 @@ void RegenerateThumbs(TDM_InternalData& data, QWidget* window)
         // The new thumbnails come with the rows read again; the cursor stays on its item.
         items->refresh();
     }
+    if (afterRefresh)
+        afterRefresh();
     if (!result.FirstError.isEmpty())
         throw EThumbnailError(result.FirstError.toStdString());
 }

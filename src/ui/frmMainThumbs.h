@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 class QWidget;
 class TDM_InternalData;
 
@@ -7,5 +9,7 @@ class TDM_InternalData;
 // order applied) again, on a worker with its own connection, behind a progress dialog that stays
 // responsive and can be cancelled. The bound controls are suspended meanwhile and the items read
 // again at the end. A photo that does not decode leaves that item as it was; the first such error
-// is raised at the end, after everything else was done.
-void RegenerateThumbs(TDM_InternalData& data, QWidget* window);
+// is raised at the end, after everything else was done. afterRefresh runs once the items were read
+// again: where views keep decoded thumbnails (a grid's picture cache), it drops them.
+void RegenerateThumbs(TDM_InternalData& data, QWidget* window,
+                      const std::function<void()>& afterRefresh = {});

@@ -6,10 +6,12 @@
 #include "dmInternalData.h"
 #include "dmStyles.h"
 #include "frmEditSimpleDictionary.h"
+#include "frmMainThumbs.h"
 #include "frmPic.h"
 #include "support_common.h"
 #include "uButtonComboBox.h"
 #include "uChoiceEditorItems.h"
+#include "uDBConnection.h"
 #include "uDBDataset.h"
 #include "uDBField.h"
 #include "uNumberEdit.h"
@@ -32,11 +34,13 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QPainter>
+#include <QProgressDialog>
 #include <QScrollArea>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QWheelEvent>
 #include <QtTest>
 
@@ -259,6 +263,10 @@ private slots:
         QCOMPARE(entries.at(1).text, u"Afghanistan"_s);
         QVERIFY(!entries.at(1).icon.isNull());
         QVERIFY(!entries.at(1).icon.pixmap(16, 11).isNull());
+        // Every row has a picture of the flag's size (an outline where there is no flag), so that
+        // the names line up.
+        for (const TListEntry& entry : entries)
+            QVERIFY2(!entry.icon.pixmap(16, 11).isNull(), qPrintable(entry.text));
         QWidget parent;
         auto* combo = qobject_cast<QComboBox*>(countries->createEditor(&parent));
         QVERIFY(combo);
@@ -476,6 +484,56 @@ private slots:
         QVERIFY(edit->clear());
         QVERIFY(items.fieldByName(u"PhotoFront"_s).isNull());
         QCOMPARE(items.fieldByName(u"ThumbFront"_s).asBytes(), blank);
+    }
+
+    // The main window's command: behind its progress dialog the thumbnails are made again, the
+    // controls come back, the items are read again with the new thumbnails, the views are told.
+    void regenerateThumbsCommand()
+    {
+        QTemporaryDir dir;
+        TDM_InternalData data;
+        const QString path = dir.filePath(u"c.orv"_s);
+        data.CreateBlankDatabase(path);
+        QVERIFY(data.ConnectDatabase(path));
+        TDBDataset& items = *data.qDS_Items;
+        for (int i = 0; i < 3; ++i) {
+            items.append();
+            items.fieldByName(u"Name"_s).setAsString(u"Item %1"_s.arg(i));
+            items.fieldByName(u"Metal"_s).setAsInteger(i);
+            items.fieldByName(u"CoinType"_s).setAsInteger(0);
+            items.fieldByName(u"WeightGram"_s).setAsFloat(1.0);
+            items.fieldByName(u"PhotoFront"_s).setAsBytes(Png(100 + i, 50));
+            items.post();
+        }
+        const QByteArray thumb = items.fieldByName(u"ThumbFront"_s).asBytes();
+        items.first();
+        items.edit();
+        items.fieldByName(u"Name"_s).setAsString(u"Pending"_s); // posted first
+        TDBConnection spoil;
+        spoil.setParam(u"Database"_s, path);
+        spoil.setParam(u"OpenMode"_s, u"ReadWrite"_s);
+        spoil.open();
+        spoil.execSQL(u"UPDATE tblCoins SET ThumbFront = NULL, ThumbBack = NULL"_s);
+        spoil.close();
+        int told = 0;
+        QWidget window;
+        bool dialogShown = false;
+        QTimer::singleShot(0, &window, [&dialogShown] {
+            auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+            dialogShown = dialog != nullptr;
+            const QString dir = qEnvironmentVariable("ORV_SCREENSHOT_DIR");
+            if (dialog && !dir.isEmpty())
+                dialog->grab().save(dir + u"/regenerate-progress.png"_s);
+        });
+        RegenerateThumbs(data, &window, [&told] { ++told; });
+        QVERIFY(dialogShown);
+        QCOMPARE(told, 1);
+        QVERIFY(!items.controlsDisabled());
+        QCOMPARE(items.state(), TDatasetState::Browse);
+        QVERIFY(items.locate(u"Name"_s, u"Item 2"_s));
+        QCOMPARE(items.fieldByName(u"ThumbFront"_s).asBytes(), thumb);
+        QVERIFY(!items.fieldByName(u"ThumbBack"_s).asBytes().isEmpty());
+        QVERIFY(items.locate(u"Name"_s, u"Pending"_s));
     }
 
     // The viewer shows the picture upright at 100%, zooms with the wheel and fits, and saves the
