@@ -6,6 +6,7 @@
 #include "frmAbout.h"
 #include "frmDBProperties.h"
 #include "frmDebug.h"
+#include "frmMainEditors.h"
 #include "frmMainThumbs.h"
 #include "uBackstagePage.h"
 #include "uBackstageView.h"
@@ -95,9 +96,8 @@ private:
     QWidget* m_owner;
 };
 
-// The window's side of the controller: the central view's selection and the clipboard. The add
-// dialog and the item editor are not part of the program yet: the dialog picks nothing, and a
-// record appended for the editor is given up again.
+// The window's side of the controller: the central view's selection, the clipboard and the item
+// editor. The add dialog is not part of the program yet: it picks nothing.
 class TWidgetWindowSeam : public TMainWindowSeam
 {
 public:
@@ -109,9 +109,7 @@ public:
     }
     void ExecuteItemEditor() override
     {
-        if (m_data.qDS_Items->state() == TDatasetState::Insert) {
-            m_data.qDS_Items->cancel();
-        }
+        ShowItemEditor(m_data, m_grid ? m_grid->window() : nullptr);
     }
     QList<QVariant> SelectedKeys() override
     {
@@ -312,6 +310,7 @@ void TORVMainForm::ConnectActions()
     on(u"actAdd", [this] { m_controller->Add(); });
     on(u"actAddManually", [this] { m_controller->AddManually(); });
     on(u"actEdit", [this] { m_controller->Edit(); });
+    ConnectMintsCommands(m_data, this, Action(u"actEditMints"_s));
     on(u"actRemoveSelected", [this] { m_controller->RemoveSelected(); });
     on(u"actRefresh", [this] { m_controller->Refresh(); });
     on(u"actRefreshSpot", [] { SpotPrices().Refresh(); });
