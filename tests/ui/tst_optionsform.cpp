@@ -1,0 +1,384 @@
+// The options and sort dialogs on the screen (offscreen): the options pages and their controls, what
+// the controls hand to the settings at OK, the main window after the dialog closes with Cancel or
+// OK, and the sort dialog over the toolkit's table views. With ORV_SCREENSHOT_DIR set it leaves
+// pictures of every page and the sort dialog in a light and a dark theme and right to left.
+
+#include "dmInternalData.h"
+#include "dmStyles.h"
+#include "frmMain.h"
+#include "frmOptions.h"
+#include "frmSorting.h"
+#include "support_common.h"
+#include "support_datarow.h"
+#include "uGrid.h"
+#include "uGridColumns.h"
+#include "uGridTableView.h"
+#include "uOptionsController.h"
+#include "uPropertyGrid.h"
+#include "uZTSettings.h"
+#include "uZTStrings.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QStandardItemModel>
+#include <QTabWidget>
+#include <QTreeWidget>
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void Idle()
+{
+    QEventLoop loop;
+    QTimer::singleShot(30, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+void Shoot(QWidget& widget, const QString& name)
+{
+    const QString dir = qEnvironmentVariable("ORV_SCREENSHOT_DIR");
+    if (dir.isEmpty())
+        return;
+    Idle();
+    widget.grab().save(dir + u'/' + name + ".png");
+}
+
+// A model of items for the grid: Name, Year, Photo, Price.
+std::unique_ptr<QStandardItemModel> ItemsModel()
+{
+    auto model = std::make_unique<QStandardItemModel>(3, 4);
+    const QStringList fields{"Name", "Year", "Photo", "Price"};
+    for (int c = 0; c < fields.size(); ++c) {
+        model->setHeaderData(c, Qt::Horizontal, fields.at(c));
+        model->setHeaderData(c, Qt::Horizontal, fields.at(c), Qt::UserRole + 3);
+    }
+    return model;
+}
+
+} // namespace
+
+class TestOptionsForm : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TTempSettingsHome> m_home;
+    QTemporaryDir m_langDir;
+
+    void ResetSettings()
+    {
+        LoadEnglish();
+        ThemeIndex = 4;
+        ThemeColorSchemeAccentIndex = 0;
+        Currency = "USD";
+        InetAccess = 0;
+        InetProxyHost.clear();
+        InetProxyPort = 0;
+        InetProxyUsername.clear();
+        InetProxyPassword.clear();
+        CustomFieldsEnabled = false;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_home = std::make_unique<TTempSettingsHome>();
+        // The delivered languages and a right-to-left one made from the English file.
+        const QString source = qEnvironmentVariable("ORV_SOURCE_DIR") + "/data/lang/";
+        for (const QString& name : {"English.xml", "German.xml"})
+            QVERIFY(QFile::copy(source + name, m_langDir.filePath(name)));
+        QByteArray mirror = ReadFile(source + "English.xml");
+        mirror.replace("BiDiMode=\"LeftToRight\"", "BiDiMode=\"RightToLeft\"");
+        mirror.replace("name=\"English\"", "name=\"Mirror\"");
+        WriteFile(m_langDir.filePath("Mirror.xml"), mirror);
+        XMLLanguage().SetLanguageFolder(m_langDir.path() + u'/');
+        MainFormMaximized = false;
+        MainFormWidth = 1000;
+        MainFormHeight = 700;
+    }
+    void init() { ResetSettings(); }
+    void cleanup() { TOptionsForm::SetExecHook({}); }
+    void cleanupTestCase()
+    {
+        XMLLanguage().SetLanguageFolder(QString());
+        TDM_Styles::ApplyTheme(4, 0, nullptr);
+        m_home.reset();
+    }
+
+    // The pages in order with their controls filled from the settings.
+    void pagesAndControls()
+    {
+        InetAccess = 2;
+        InetProxyUsername = "bob";
+        InetProxyPassword = "pw";
+        InetProxyPort = 3128;
+        ORVCustomFields[3] = {"Provenance", 4, true};
+        TOptionsForm form(nullptr);
+        QTabWidget* pages = form.pcOptions();
+        QCOMPARE(pages->count(), 4);
+        QStringList names, texts;
+        for (int i = 0; i < pages->count(); ++i) {
+            names << pages->widget(i)->objectName();
+            texts << pages->tabText(i);
+        }
+        QCOMPARE(names, QStringList({"tsGeneral", "tsCustomFields", "tsDefaultValues", "tsProxySettings"}));
+        QCOMPARE(texts, QStringList({"General", "Custom fields", "Default values", "Connection settings"}));
+        QCOMPARE(pages->currentIndex(), 0);
+        QCOMPARE(form.windowTitle(), "Options");
+        QCOMPARE(form.cbCurrency()->count(), int(OptionsCurrencies().size()));
+        QCOMPARE(form.cbCurrency()->currentText(), "USD");
+        QCOMPARE(form.cbTheme()->count(), 18);
+        QCOMPARE(form.cbTheme()->currentIndex(), 4);
+        QCOMPARE(form.cbColorSchemeAccent()->count(), 5);
+        QCOMPARE(form.cbLang()->currentText(), "English");
+        QCOMPARE(form.TLCustomFields()->topLevelItemCount(), 10);
+        QVERIFY(!form.TLCustomFields()->header()->sectionsMovable());
+        QVERIFY(!form.TLCustomFields()->isSortingEnabled());
+        QCOMPARE(form.TLCustomFields()->topLevelItem(3)->text(0), "Provenance");
+        QCOMPARE(form.TLCustomFields()->topLevelItem(3)->checkState(0), Qt::Checked);
+        QCOMPARE(form.CustomFieldTypeBox(3)->currentData().toInt(), 4);
+        QVERIFY(!form.TLCustomFields()->isEnabled());
+        QCOMPARE(form.vgDefaultValues()->rowNames().size(), 10);
+        QCOMPARE(form.vgDefaultValues()->rowValue("vgDefaultValuesRowQty").toLongLong(), 1);
+        QCOMPARE(form.vgDefaultValues()->rowCaption("vgDefaultValuesRowGradeService"),
+                 GetText("cSF_GradeService"));
+        QVERIFY(form.rbProxy()->isChecked());
+        QVERIFY(form.lgProxy()->isEnabled());
+        QVERIFY(form.cbProxyAuth()->isChecked());
+        QCOMPARE(form.seProxyPort()->value(), 3128);
+        QCOMPARE(form.edtProxyPassword()->echoMode(), QLineEdit::Password);
+        QVERIFY(form.edtProxyUsername()->isEnabled());
+
+        // The switches follow at once.
+        form.cbProxyAuth()->setChecked(false);
+        QVERIFY(!form.edtProxyUsername()->isEnabled());
+        QVERIFY(!form.edtProxyPassword()->isEnabled());
+        form.rbDirect()->setChecked(true);
+        QVERIFY(!form.lgProxy()->isEnabled());
+        form.cbEnableCustomFields()->setChecked(true);
+        QVERIFY(form.TLCustomFields()->isEnabled());
+    }
+
+    // What the controls hold reaches the settings at OK, and is saved.
+    void okStoresTheControls()
+    {
+        TOptionsForm form(nullptr);
+        form.SetActivePage(TOptionsPage::ConnectionSettings);
+        QCOMPARE(form.pcOptions()->currentWidget()->objectName(), "tsProxySettings");
+        form.rbProxy()->setChecked(true);
+        form.edtProxyHost()->setText("proxy.example");
+        form.seProxyPort()->setValue(8888);
+        form.cbProxyAuth()->setChecked(true);
+        form.edtProxyUsername()->setText("alice");
+        form.edtProxyPassword()->setText("secret");
+        form.cbProxyAuth()->setChecked(false);
+        form.cbCurrency()->setCurrentIndex(form.cbCurrency()->findText(QString()));
+        form.cbEnableCustomFields()->setChecked(true);
+        form.TLCustomFields()->topLevelItem(0)->setText(0, "Pedigree");
+        form.TLCustomFields()->topLevelItem(0)->setCheckState(0, Qt::Checked);
+        form.CustomFieldTypeBox(0)->setCurrentIndex(form.CustomFieldTypeBox(0)->findData(2));
+        QVERIFY(form.vgDefaultValues()->setRowValue("vgDefaultValuesRowOwner", "Estate"));
+        QVERIFY(form.vgDefaultValues()->setRowValue("vgDefaultValuesRowQty", 4));
+        form.btnOK()->click();
+        QCOMPARE(form.result(), int(QDialog::Accepted));
+        QCOMPARE(InetAccess, 2);
+        QCOMPARE(InetProxyHost, "proxy.example");
+        QCOMPARE(InetProxyPort, 8888);
+        QCOMPARE(InetProxyUsername, "alice");
+        QCOMPARE(InetProxyPassword, "secret");
+        QCOMPARE(Currency, QString());
+        QVERIFY(CustomFieldsEnabled);
+        QCOMPARE(ORVCustomFields[0].DisplayName, "Pedigree");
+        QCOMPARE(ORVCustomFields[0].DataType, 2);
+        QVERIFY(ORVCustomFields[0].Enabled);
+        QCOMPARE(ORVDefaultValues.Owner, "Estate");
+        QCOMPARE(ORVDefaultValues.Qty, 4);
+        QCOMPARE(UserStore().GetStringValue("Inet.ProxyHost", QString()), "proxy.example");
+    }
+
+    // The main window after the dialog: Cancel after theme, accent and language leaves it as before;
+    // OK keeps them. The dialog follows the language at once.
+    void mainWindowAfterTheDialog_data()
+    {
+        QTest::addColumn<bool>("ok");
+        AddRow("Cancel", false);
+        AddRow("OK", true);
+    }
+    void mainWindowAfterTheDialog()
+    {
+        QFETCH(bool, ok);
+        TDM_InternalData data;
+        TORVMainForm window(data);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const QString optionsText = window.Action("actOptions")->text();
+        const QPalette before = QApplication::palette();
+        QString dialogTitle;
+        int shownThemeDuringDialog = -1;
+        TOptionsForm::SetExecHook([&](TOptionsForm& form) {
+            form.cbTheme()->setCurrentIndex(0);
+            form.cbColorSchemeAccent()->setCurrentIndex(3);
+            form.cbLang()->setCurrentIndex(form.cbLang()->findData("German"));
+            Idle();
+            dialogTitle = form.windowTitle();
+            shownThemeDuringDialog = TDM_Styles::Current().ThemeIndex;
+            if (ok)
+                form.accept();
+            return ok ? int(QDialog::Accepted) : int(QDialog::Rejected);
+        });
+        window.Action("actOptions")->trigger();
+        QCOMPARE(dialogTitle, "Optionen");
+        QCOMPARE(shownThemeDuringDialog, 0); // the preview showed
+        QCOMPARE(CurrentLanguage(), ok ? "German" : "English");
+        QCOMPARE(window.Action("actOptions")->text(), ok ? "Optionen" : optionsText);
+        QCOMPARE(TDM_Styles::Current().ThemeIndex, ok ? 0 : 4);
+        QCOMPARE(TDM_Styles::Current().AccentIndex, ok ? 3 : 0);
+        if (!ok)
+            QCOMPARE(QApplication::palette().color(QPalette::Window), before.color(QPalette::Window));
+        QCOMPARE(ThemeIndex, ok ? 0 : 4);
+    }
+
+    // The backstage button opens the same dialog.
+    void backstageButtonOpensTheDialog()
+    {
+        TDM_InternalData data;
+        TORVMainForm window(data);
+        int opened = 0;
+        TOptionsForm::SetExecHook([&](TOptionsForm& form) {
+            ++opened;
+            [&] { QCOMPARE(form.ActivePage(), TOptionsPage::General); }();
+            return int(QDialog::Rejected);
+        });
+        QAction* button = window.findChild<QAction*>("btnBackstageOptions");
+        QVERIFY(button);
+        button->trigger();
+        QCOMPARE(opened, 1);
+        QVERIFY(!window.OptionsExecute(TOptionsPage::ConnectionSettings));
+        QCOMPARE(opened, 2);
+    }
+
+    // The sort dialog over table views: levels read from the first, written to each; card views and
+    // pictures left out.
+    void sortDialogOverViews()
+    {
+        const auto model = ItemsModel();
+        TGrid grid;
+        grid.setSourceModel(model.get());
+        TGridTableView* first = grid.addTableView("first");
+        TGridTableView* second = grid.addTableView("second");
+        for (TGridTableView* view : {first, second}) {
+            view->addColumn(view->name() + "Name", "Name", "Name");
+            view->addColumn(view->name() + "Photo", "Photo", "Photo")->setPicture(true);
+            view->addColumn(view->name() + "Year", "Year", "Year");
+        }
+        second->columns()->byName("secondYear")->setCaption("Minted");
+        first->columns()->byName("firstYear")->setSortIndex(0);
+        first->columns()->byName("firstYear")->setSortOrder(TGridSortOrder::Descending);
+
+        QStringList shownList;
+        TSortForm::SetExecHook([&](TSortForm& form) {
+            shownList = form.Controller().ColumnList();
+            [&] { QCOMPARE(form.TLSort()->topLevelItemCount(), 1); }();
+            [&] { QCOMPARE(form.TLSort()->topLevelItem(0)->text(1), "Descending"); }();
+            [&] { QVERIFY(!form.Action("actUp")->isEnabled()); }();
+            form.Action("actAddLevel")->trigger();
+            [&] { QVERIFY(form.Action("actUp")->isEnabled()); }();
+            [&] { QVERIFY(!form.Action("actDown")->isEnabled()); }();
+            form.TLSort()->topLevelItem(1)->setText(1, "Descending"); // Name, descending
+            form.Action("actUp")->trigger();
+            form.accept();
+            return form.result();
+        });
+        QVERIFY(TSortForm::Execute({first, second}));
+        TSortForm::SetExecHook({});
+        QCOMPARE(shownList, QStringList({"Name", "Year"}));
+        const QList<TGridColumn*> firstSort = first->columns()->sortColumns();
+        QCOMPARE(firstSort.size(), 2);
+        QCOMPARE(firstSort.at(0)->name(), "firstName");
+        QCOMPARE(firstSort.at(0)->sortOrder(), TGridSortOrder::Descending);
+        QCOMPARE(firstSort.at(1)->name(), "firstYear");
+        const QList<TGridColumn*> secondSort = second->columns()->sortColumns();
+        QCOMPARE(secondSort.size(), 1); // "Year" is called "Minted" there
+        QCOMPARE(secondSort.at(0)->name(), "secondName");
+    }
+
+    // Two levels on one column: refused with the warning, the dialog stays with its levels.
+    void sortDialogRefusesDuplicates()
+    {
+        TRecordingPresenter presenter;
+        TMessagePresenter* previous = SetMessagePresenter(&presenter);
+        TSortForm form;
+        TRecordingPresenter* seen = &presenter;
+        form.Controller().AddLevel();
+        form.Controller().AddLevel();
+        form.show();
+        form.accept();
+        QCOMPARE(seen->Requests.size(), 1);
+        QCOMPARE(seen->Requests.first().Type, mtWarning);
+        QVERIFY(form.isVisible());
+        QCOMPARE(form.Controller().Levels().size(), 2);
+        SetMessagePresenter(previous);
+    }
+
+    // Pictures of every page and the sort dialog: light, dark, right to left.
+    void screenshots_data()
+    {
+        QTest::addColumn<int>("theme");
+        QTest::addColumn<QString>("language");
+        AddRow("light", 4, QString("English"));
+        AddRow("dark", 0, QString("English"));
+        AddRow("rtl", 8, QString("Mirror"));
+    }
+    void screenshots()
+    {
+        QFETCH(int, theme);
+        QFETCH(QString, language);
+        if (qEnvironmentVariableIsEmpty("ORV_SCREENSHOT_DIR"))
+            QSKIP("ORV_SCREENSHOT_DIR is not set");
+        QVERIFY(LoadLanguage(language));
+        TDM_Styles::ApplyTheme(theme, 1, nullptr);
+        const QString tag = QTest::currentDataTag();
+        InetAccess = 2;
+        InetProxyHost = "proxy.example";
+        InetProxyPort = 3128;
+        InetProxyUsername = "bob";
+        InetProxyPassword = "secret";
+        TOptionsForm form(nullptr);
+        form.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&form));
+        const QStringList pages{"general", "customfields", "defaultvalues", "connection"};
+        for (int i = 0; i < pages.size(); ++i) {
+            form.SetActivePage(TOptionsPage(i));
+            Shoot(form, "options-" + pages.at(i) + "-" + tag);
+        }
+        form.hide();
+
+        const auto model = ItemsModel();
+        TGrid grid;
+        grid.setSourceModel(model.get());
+        TGridTableView* view = grid.addTableView("view");
+        view->addColumn("Name", "Name", "Name");
+        view->addColumn("Year", "Year", "Year")->setSortIndex(0);
+        view->addColumn("Price", "Price", "Price")->setSortIndex(1);
+        view->columns()->byName("Price")->setSortOrder(TGridSortOrder::Descending);
+        TSortForm sort;
+        sort.LoadFromView(view);
+        sort.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&sort));
+        Shoot(sort, "sort-" + tag);
+        TDM_Styles::ApplyTheme(4, 0, nullptr);
+        LoadEnglish();
+    }
+};
+
+QTEST_MAIN(TestOptionsForm)
+#include "tst_optionsform.moc"
