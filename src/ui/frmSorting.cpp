@@ -267,3 +267,7 @@ void TSortForm::ApplyTexts()
         action->setToolTip(u"%1 (%2)"_s.arg(text, action->shortcut().toString(QKeySequence::NativeText)));
     }
 }
+
+// Compiled here: the toolkit's view class shares its name with the main window's view enumeration,
+// so this moc output cannot go into the library's shared moc unit.
+#include "moc_frmSorting.cpp"
