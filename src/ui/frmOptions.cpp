@@ -530,6 +530,12 @@ void TOptionsForm::ApplyTexts()
     m_cbEnableCustomFields->setText(TextOr(u"cSOptionsEnableCustom"_s, u"Enable custom fields"_s));
     m_TLCustomFields->setHeaderLabels({TextOr(u"cSOptionsDisplayName"_s, u"Display name"_s),
                                        TextOr(u"cSOptionsDataType"_s, u"Data type"_s)});
+    // Header texts start where the cells start, in either reading direction.
+    const Qt::Alignment headerAlignment =
+        (LanguageIsRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute | Qt::AlignVCenter;
+    for (int c = 0; c < m_TLCustomFields->columnCount(); ++c) {
+        m_TLCustomFields->headerItem()->setTextAlignment(c, headerAlignment);
+    }
 
     m_lblDefaultValuesDesc->setText(GetText(u"cSOptionsDefaultValuesDesc"_s));
     for (int i = 0; i < cDefaultValueRowCount; ++i) {

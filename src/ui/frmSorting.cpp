@@ -260,6 +260,12 @@ void TSortForm::ApplyTexts()
     setWindowTitle(TextOr(u"cSSortDlgCaption"_s, u"Sort data"_s));
     m_TLSort->setHeaderLabels(
         {TextOr(u"cSSortDlgColumn"_s, u"Column"_s), TextOr(u"cSSortDlgOrder"_s, u"Order"_s)});
+    // Header texts start where the cells start, in either reading direction.
+    const Qt::Alignment headerAlignment =
+        (LanguageIsRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute | Qt::AlignVCenter;
+    for (int c = 0; c < m_TLSort->columnCount(); ++c) {
+        m_TLSort->headerItem()->setTextAlignment(c, headerAlignment);
+    }
     for (const TSortCommandDef& def : SortCommands()) {
         QAction* action = m_actions.value(def.Name);
         const QString text = TextOr(def.TextKey, def.DefaultText);
