@@ -10,6 +10,7 @@ packages=(
     libssl-dev openssl libsqlite3-dev sqlite3
     xvfb xauth tinyproxy
     fonts-dejavu-core
+    iso-codes famfamfam-flag-png qt6-image-formats-plugins
 )
 
 missing=()

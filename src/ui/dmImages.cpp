@@ -1,7 +1,11 @@
 #include "dmImages.h"
 
 #include "uBlankPictures.h"
+#include "uChoiceEditorItems.h"
 #include "uCustomFields.h"
+#include "uDBDataset.h"
+#include "uDatasetTableModel.h"
+#include "uEditorItem.h"
 #include "uSplashText.h"
 #include "uZTStrings.h"
 
@@ -17,6 +21,7 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 
@@ -120,6 +125,7 @@ TDataModuleImages::TDataModuleImages(QObject* parent) : QObject(parent), m_actEd
     m_actEditMints->setIcon(icon);
 
     BindDictionaries();
+    CreateRepositoryItems();
     m_previousRunner = SetEditDictionaryDialogRunner(&m_dialogRunner);
     g_instance = this;
 }
@@ -212,6 +218,13 @@ QWidget* TDataModuleImages::CreateEditor(const QString& name, QWidget* parent) c
         }
         return combo;
     }
+    if (TEditorItem* item = Item(name)) {
+        QWidget* editor = item->createEditor(parent);
+        if (editor) {
+            editor->setObjectName(name);
+        }
+        return editor;
+    }
     return nullptr;
 }
 
@@ -247,8 +260,21 @@ void TDataModuleImages::BindDictionaries()
     }
 }
 
-void TDataModuleImages::SetMintsModel(QAbstractItemModel* model, int nameColumn)
+void TDataModuleImages::SetMintsModel(QAbstractItemModel* model, int nameColumn, int keyColumn)
 {
+    if (model && keyColumn < 0) {
+        keyColumn = 0;
+        for (int c = 0; c < model->columnCount(); ++c) {
+            if (model->headerData(c, Qt::Horizontal, TDatasetTableModel::FieldNameRole).toString() ==
+                u"ID"_s) {
+                keyColumn = c;
+                break;
+            }
+        }
+    }
+    if (auto* lookup = dynamic_cast<TLookupEditorItem*>(Item(cLookupMints))) {
+        lookup->setModel(model, std::max(0, keyColumn), nameColumn);
+    }
     m_mintsModel = model;
     m_mintsNameColumn = nameColumn;
     Prune(m_mintCombos);

@@ -11,8 +11,11 @@
 #include <QStringList>
 
 #include <array>
+#include <map>
+#include <memory>
 
 class QAbstractItemModel;
+class TEditorItem;
 class QAction;
 class QComboBox;
 class QWidget;
@@ -37,6 +40,25 @@ public:
     // The names of the repository items CreateEditor knows.
     QStringList RepositoryItems() const;
 
+    // The shared editor items, one per name of RepositoryItemDefs() (seWeightG, lcbMints,
+    // ImageComboBoxItemCountries, RatingControl, cbPurity, ...), owned here and alive as long as
+    // this module: grid columns, card rows and property rows take them as they are. nullptr for an
+    // unknown name.
+    TEditorItem* Item(const QString& name) const;
+    // The item that shows and edits a field, by its column name (Metal, WeightGram, Custom3, ...:
+    // FieldEditorName); nullptr for a field without one.
+    TEditorItem* FieldItem(const QString& fieldName) const;
+    // A new editor widget for a field, owned by parent, made by its item (so the item's
+    // setEditorValue / editorValue / onValueChosen work on it); objectName is the field name.
+    // nullptr for a field without an editor or a display-only one.
+    QWidget* CreateFieldEditor(const QString& fieldName, QWidget* parent) const;
+    // Whether a change in an item's editor goes to the record at once (lcbMints, seWeightG, ...).
+    static bool PostsAtOnce(const QString& itemName);
+
+    // The language step of the repository: list texts of metals and coin types, the check lists'
+    // texts and empty texts, display and edit formats, null texts, the picture control's texts.
+    void TranslateRepository();
+
     // A new editor widget for a repository item, owned by parent; nullptr for an unknown name.
     //   cbPurity .. cbGradeService  editable QComboBox offering the dictionary's lines, typed text
     //                               kept as it is (never added to the list), with the edit button
@@ -49,6 +71,7 @@ public:
     //   edUsersCurrency             QDoubleSpinBox in the user's currency, left-aligned
     //   cbNotNull                   QCheckBox (null reads as unchecked)
     //   cbCustomFields              QComboBox of the custom field data types, item data = code
+    //   any other item of Item()    the item's own editor (nullptr for read-only items)
     // Every editor's objectName is the item's name.
     QWidget* CreateEditor(const QString& name, QWidget* parent) const;
 
@@ -63,9 +86,10 @@ public:
     // read again); the combos made so far follow.
     void BindDictionaries();
 
-    // The source of lcbMints: the rows of model, names shown from nameColumn. Combos made before
+    // The source of lcbMints: the rows of model, names shown from nameColumn, the key (ID) read
+    // from keyColumn (-1: the column whose header names the field ID, else 0). Combos made before
     // follow the new model.
-    void SetMintsModel(QAbstractItemModel* model, int nameColumn);
+    void SetMintsModel(QAbstractItemModel* model, int nameColumn, int keyColumn = -1);
 
     // The blank picture for an item without a photograph (see BlankPictureName), decoded once.
     QPixmap BlankPicture(int metal, int coinType, bool isObverse) const;
@@ -79,6 +103,7 @@ signals:
     void DictionaryChanged(const QString& comboEditor);
 
 private:
+    void CreateRepositoryItems();
     void EditDictionaryAt(int index);
     void RefreshCombos(int index);
 
@@ -90,6 +115,7 @@ private:
     QPointer<QAbstractItemModel> m_mintsModel;
     int m_mintsNameColumn = 0;
     mutable QHash<QString, QPixmap> m_blankPictures;
+    std::map<QString, std::unique_ptr<TEditorItem>> m_repository;
     TWidgetEditDictionaryDialogRunner m_dialogRunner;
     TEditDictionaryDialogRunner* m_previousRunner = nullptr;
 };

@@ -1,10 +1,12 @@
 #include "frmMain.h"
 
+#include "dmImages.h"
 #include "dmInternalData.h"
 #include "dmStyles.h"
 #include "frmAbout.h"
 #include "frmDBProperties.h"
 #include "frmDebug.h"
+#include "frmMainThumbs.h"
 #include "uBackstagePage.h"
 #include "uBackstageView.h"
 #include "uDatasetTableModel.h"
@@ -315,6 +317,11 @@ void TORVMainForm::ConnectActions()
     on(u"actRemoveSelected", [this] { m_controller->RemoveSelected(); });
     on(u"actRefresh", [this] { m_controller->Refresh(); });
     on(u"actRefreshSpot", [] { SpotPrices().Refresh(); });
+    on(u"actRegenerateThumbs", [this] { RegenerateThumbs(m_data, this); });
+    if (DataModuleImages()) { // the mint lookup's button runs the window's command
+        connect(DataModuleImages()->actEditMints(), &QAction::triggered, Action(u"actEditMints"_s),
+                &QAction::trigger);
+    }
     on(u"actCopyToClipboard", [this] { m_controller->CopyToClipboard(); });
     on(u"actFlipACoin", [this] { m_controller->FlipACoin(); });
     on(u"actSelectAll", [this] { m_grid->selectAll(); });
@@ -714,6 +721,9 @@ void TORVMainForm::TranslateUI()
     setLayoutDirection(direction);
 
     m_data.TranslateFieldLabels();
+    if (DataModuleImages()) {
+        DataModuleImages()->TranslateRepository();
+    }
 
     for (const TMainCommandDef& def : MainCommands()) {
         QAction* action = m_actions.value(def.Name);

@@ -29,6 +29,18 @@ struct TWidgetTexts
     QString invalidDate = QStringLiteral("'%1' is not a valid date.");
     QString notInList = QStringLiteral("'%1' is not in the list.");
     QString valueRefused = QStringLiteral("The value was not accepted.");
+    // The picture control's menu and dialogs.
+    QString pictureCut = QStringLiteral("Cu&t");
+    QString pictureCopy = QStringLiteral("&Copy");
+    QString picturePaste = QStringLiteral("&Paste");
+    QString pictureDelete = QStringLiteral("&Delete");
+    QString pictureLoad = QStringLiteral("&Load...");
+    QString pictureSave = QStringLiteral("&Save As...");
+    QString pictureFiles = QStringLiteral("Pictures");
+    QString allFiles = QStringLiteral("All files");
+    QString pictureNotReadable = QStringLiteral("The file '%1' cannot be read.");
+    QString pictureNotWritten = QStringLiteral("The file '%1' cannot be written.");
+    QString clipboardNoPicture = QStringLiteral("The clipboard holds no picture.");
 };
 
 TWidgetTexts& WidgetTexts();
