@@ -10,7 +10,6 @@
 #include "uThemes.h"
 #include "uZTStrings.h"
 
-#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
@@ -289,8 +288,15 @@ QWidget* TOptionsForm::CreateCustomFieldsPage()
 
 void TOptionsForm::CreateDefaultValueEditors()
 {
+    // The edit repository's items when it exists (the program); items of the form's own otherwise.
     for (int i = 0; i < cDefaultValueRowCount; ++i) {
         const QString editor = QString::fromUtf16(cDefaultValueRows[i].Editor);
+        if (DataModuleImages()) {
+            if (const TEditorItem* shared = DataModuleImages()->Item(editor)) {
+                m_rowItems.push_back(shared);
+                continue;
+            }
+        }
         std::unique_ptr<TEditorItem> item;
         if (editor == u"seQty"_s) {
             auto number = std::make_unique<TIntegerEditorItem>();
@@ -303,14 +309,9 @@ void TOptionsForm::CreateDefaultValueEditors()
         } else {
             auto combo = std::make_unique<TComboEditorItem>();
             combo->setItemsProvider([editor] { return DictionaryLines(editor); });
-            const TDictInfo* info = FindDict(editor);
-            QAction* action =
-                info && DataModuleImages() ? DataModuleImages()->Action(info->editAction()) : nullptr;
-            if (action) {
-                combo->setButton([action](QWidget*) { action->trigger(); }, action->icon(), action->text());
-            }
             item = std::move(combo);
         }
+        m_rowItems.push_back(item.get());
         m_editorItems.push_back(std::move(item));
     }
 }
@@ -331,7 +332,7 @@ QWidget* TOptionsForm::CreateDefaultValuesPage()
     m_vgDefaultValues->setCaptionWidth(170);
     for (int i = 0; i < cDefaultValueRowCount; ++i) {
         m_vgDefaultValues->addRow(RowName(i), QString::fromUtf16(cDefaultValueRows[i].Label), QString(),
-                                  m_editorItems[std::size_t(i)].get());
+                                  m_rowItems[std::size_t(i)]);
     }
     layout->addWidget(m_vgDefaultValues, 1);
     connect(m_vgDefaultValues, &TPropertyGrid::rowValueChanged, this, [this] {

@@ -79,7 +79,8 @@ private:
     TORVDefaultValues DefaultValuesShown() const;
 
     std::unique_ptr<TOptionsController> m_controller;
-    std::vector<std::unique_ptr<TEditorItem>> m_editorItems;
+    std::vector<std::unique_ptr<TEditorItem>> m_editorItems; // the form's own, without a repository
+    std::vector<const TEditorItem*> m_rowItems;              // the item of each default value row
     bool m_showing = false; // controls are being filled: their signals change nothing
 
     QTabWidget* m_pcOptions;

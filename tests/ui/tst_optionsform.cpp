@@ -3,6 +3,7 @@
 // ORV_SCREENSHOT_DIR set it leaves pictures of every page in a light and a dark theme and right to
 // left.
 
+#include "dmImages.h"
 #include "dmInternalData.h"
 #include "dmStyles.h"
 #include "frmMain.h"
@@ -146,10 +147,24 @@ private slots:
         QVERIFY(form.TLCustomFields()->isEnabled());
     }
 
-    // What the controls hold reaches the settings at OK, and is saved.
+    // What the controls hold reaches the settings at OK, and is saved; with the form's own editors
+    // and with those of the program's edit repository.
+    void okStoresTheControls_data()
+    {
+        QTest::addColumn<bool>("repository");
+        AddRow("own editors", false);
+        AddRow("edit repository", true);
+    }
     void okStoresTheControls()
     {
+        QFETCH(bool, repository);
+        std::unique_ptr<TDataModuleImages> images;
+        if (repository)
+            images = std::make_unique<TDataModuleImages>();
         TOptionsForm form(nullptr);
+        QCOMPARE(form.vgDefaultValues()->rowEditor("vgDefaultValuesRowRating") ==
+                     (images ? images->Item("RatingControl") : nullptr),
+                 repository);
         form.SetActivePage(TOptionsPage::ConnectionSettings);
         QCOMPARE(form.pcOptions()->currentWidget()->objectName(), "tsProxySettings");
         form.rbProxy()->setChecked(true);
@@ -166,6 +181,7 @@ private slots:
         form.CustomFieldTypeBox(0)->setCurrentIndex(form.CustomFieldTypeBox(0)->findData(2));
         QVERIFY(form.vgDefaultValues()->setRowValue("vgDefaultValuesRowOwner", "Estate"));
         QVERIFY(form.vgDefaultValues()->setRowValue("vgDefaultValuesRowQty", 4));
+        QVERIFY(form.vgDefaultValues()->setRowValue("vgDefaultValuesRowRating", 3.5));
         form.btnOK()->click();
         QCOMPARE(form.result(), int(QDialog::Accepted));
         QCOMPARE(InetAccess, 2);
@@ -180,6 +196,8 @@ private slots:
         QVERIFY(ORVCustomFields[0].Enabled);
         QCOMPARE(ORVDefaultValues.Owner, "Estate");
         QCOMPARE(ORVDefaultValues.Qty, 4);
+        QCOMPARE(ORVDefaultValues.Rating, 3.5);
+        QCOMPARE(ORVDefaultValues.Condition, TORVDefaultValues().Condition);
         QCOMPARE(UserStore().GetStringValue("Inet.ProxyHost", QString()), "proxy.example");
     }
 
@@ -265,6 +283,7 @@ private slots:
         InetProxyPort = 3128;
         InetProxyUsername = "bob";
         InetProxyPassword = "secret";
+        const TDataModuleImages images;
         TOptionsForm form(nullptr);
         form.show();
         QVERIFY(QTest::qWaitForWindowExposed(&form));
