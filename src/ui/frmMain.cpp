@@ -15,6 +15,7 @@
 #include "uGalleryView.h"
 #include "uMainGlyphs.h"
 #include "uObjs.h"
+#include "uOptionsController.h"
 #include "uQuickSearches.h"
 #include "uRibbon.h"
 #include "uRibbonButton.h"
@@ -307,6 +308,7 @@ void TORVMainForm::ConnectActions()
     on(u"actDBProperties", [this] { DBPropertiesExecute(); });
     on(u"actExit", [this] { close(); });
     on(u"actAbout", [this] { AboutExecute(); });
+    on(u"actOptions", [this] { OptionsExecute(TOptionsPage::General); });
     on(u"actAdd", [this] { m_controller->Add(); });
     on(u"actAddManually", [this] { m_controller->AddManually(); });
     on(u"actEdit", [this] { m_controller->Edit(); });

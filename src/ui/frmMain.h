@@ -24,6 +24,7 @@ class TDM_InternalData;
 class TDatasetTableModel;
 class TGalleryView;
 class TRibbon;
+enum class TOptionsPage;
 
 // The main window: the ribbon with the commands of the controller's table, the application menu,
 // the collection in the middle and the status bar with the spot prices, the view buttons and the
@@ -87,6 +88,11 @@ public:
     bool SwitchLanguage(const QString& fileName);
     // Opens the application menu as the application button does.
     void ShowBackstage();
+    // actOptions: the options dialog on a page, then the window follows the settings (texts, theme,
+    // custom fields), after OK and after Cancel alike. True after OK.
+    bool OptionsExecute(TOptionsPage page);
+    // Shows the custom columns the settings switch on.
+    void ApplyCustomFields();
 
 signals:
     // The first show is through: the splash may go.
