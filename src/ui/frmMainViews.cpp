@@ -58,7 +58,8 @@ QToolButton* TORVMainForm::TotalButton(int metal) const
 
 void TORVMainForm::ConnectViews()
 {
-    statusBar()->addPermanentWidget(m_barTotalOz);
+    // Beside the spot prices, before the spacer that pushes the view buttons to the far end.
+    statusBar()->insertWidget(1, m_barTotalOz);
     m_views->RestoreLayouts();
     m_views->ApplyCustomFields();
 
@@ -82,7 +83,6 @@ void TORVMainForm::ConnectViews()
         m_views->SetActiveView(TCollectionView(int(view)));
         UpdateStatusBarTotals();
     });
-    connect(m_controller, &TMainController::ThumbSizeRequested, m_views, &TCollectionPane::ApplyThumbSize);
     connect(m_controller, &TMainController::PictureBindingsChanged, this,
             [this](const TPictureBindings& bindings) {
                 m_views->SetPictureFields(bindings.ThumbsFront, bindings.ThumbsBack, bindings.CardsFront,

@@ -288,9 +288,6 @@ void TCollectionPane::CreateView(const TViewDesign& design)
         if (design.View == cvThumbs) {
             cards->setWheelZoom(true, 0.9, 1.1, cThumbsZoomMinWidth);
         }
-        if (design.View == cvShelve) {
-            ApplyThumbSize(ThumbSize);
-        }
     }
     if (table) {
         table->setColumnAutoWidth(design.ColumnAutoWidth);
@@ -488,7 +485,7 @@ void TCollectionPane::SetActiveView(TCollectionView view)
     m_active = view;
     m_grid->setActiveView(target);
     if (view == cvShelve) {
-        ApplyThumbSize(ThumbSize);
+        ApplyThumbSize(m_thumbSizeIndex);
     }
     target->makeCurrentVisible(false);
     PositionCustomizeButton();
@@ -629,6 +626,7 @@ void TCollectionPane::ShowFilterBuilder()
 void TCollectionPane::ApplyThumbSize(int index)
 {
     index = std::clamp(index, 0, 2);
+    m_thumbSizeIndex = index;
     const QString rowName = ThumbSizeRow(m_active);
     TGridView* view = AsView(View(m_active));
     if (rowName.isEmpty() || !view) {
@@ -968,4 +966,21 @@ int TCollectionPane::GroupingDepth(TCollectionView view) const
 void TCollectionPane::SetDialogRunner(std::function<int(QWidget* dialog)> runner)
 {
     TGridView::setDialogRunner(std::move(runner));
+}
+
+void TCollectionPane::SetFindText(const QString& text)
+{
+    if (TGridView* view = AsView(View(m_active))) {
+        view->setFindText(text);
+    }
+}
+
+bool TCollectionPane::ReadFindTexts()
+{
+    TGridView* view = AsView(View(m_active));
+    if (!view) {
+        return false;
+    }
+    view->model()->prepareFind();
+    return true;
 }

@@ -87,11 +87,15 @@ public:
     // actQuickSearch: the find panel of the active view comes or goes.
     void ToggleFindPanel();
     bool FindPanelVisible() const;
+    // The active view's find text as typed into its panel; ReadFindTexts reads the shown texts
+    // ahead as opening the panel does, all at once (true when there was a view to read).
+    void SetFindText(const QString& text);
+    bool ReadFindTexts();
     // Replaces QDialog::exec() of the views' dialogs (filter builder, column chooser) for tests.
     static void SetDialogRunner(std::function<int(QWidget* dialog)> runner);
     // actAdvSearch: the filter builder of the active view.
     void ShowFilterBuilder();
-    // actThumbSize for the view on show.
+    // actThumbSize for the view on show; the shelf view takes the last index each time it comes up.
     void ApplyThumbSize(int index);
     // One of the four configurations, on GridTableView.
     void ApplyConfiguration(TTableViewConfiguration configuration);
@@ -166,4 +170,6 @@ private:
     bool m_syncing = false;
     bool m_groupingPosted = false;
     int m_thumbRow = -1;
+    // The thumb size list's index: Medium at every start, then the user's pick.
+    int m_thumbSizeIndex = 1;
 };

@@ -91,14 +91,14 @@ const QStringList& CommonFields()
 // A shown column of a design.
 struct TShown
 {
-    TShown(const QString& field, const QString& name = {}, int lines = 0, bool title = false, int width = 100)
+    TShown(const QString& field, const QString& name = {}, int lines = 0, bool title = false, int width = -1)
         : Field(field), Name(name), Lines(lines), Title(title), Width(width)
     {}
     QString Field;
     QString Name; // empty: <view><field>
     int Lines = 0;
     bool Title = false;
-    int Width = 100;
+    int Width = -1; // -1: the view kind's own (100 in a table, no side row in a card)
 };
 
 TViewDesign MakeDesign(TCollectionView view, const QString& caption, TViewKind kind,
@@ -127,10 +127,10 @@ TViewDesign MakeDesign(TCollectionView view, const QString& caption, TViewKind k
         design.Columns << column;
         present << field;
     };
-    for (const TShown& s : shown) {
-        add(s.Field, s.Name, true, s.Lines, s.Title, s.Width);
-    }
     const int defaultWidth = kind == TViewKind::Table ? 100 : 0;
+    for (const TShown& s : shown) {
+        add(s.Field, s.Name, true, s.Lines, s.Title, s.Width < 0 ? defaultWidth : s.Width);
+    }
     for (const QStringList* list : {&CommonFields(), &extras}) {
         for (const QString& field : *list) {
             if (!present.contains(field)) {
