@@ -60,6 +60,8 @@ void TORVMainForm::ConnectViews()
 {
     // Beside the spot prices, before the spacer that pushes the view buttons to the far end.
     statusBar()->insertWidget(1, m_barTotalOz);
+    // The five view buttons always show whole; the spacer gives way first.
+    m_barViews->setMinimumWidth(m_barViews->sizeHint().width());
     m_views->RestoreLayouts();
     m_views->ApplyCustomFields();
 
@@ -127,7 +129,11 @@ void TORVMainForm::BuildQuickFilter()
 {
     const TQuickFilterChecks checks =
         QuickFilterChecks([this](const QString& name) { return Action(name)->isChecked(); });
+    // The totals cover the whole collection: a filter leaves them as they are.
+    const bool pending = m_totalsPending;
+    m_totalsPending = true;
     ApplyQuickFilter(*m_data.qDS_Items, ::BuildQuickFilter(checks));
+    m_totalsPending = pending;
 }
 
 void TORVMainForm::UpdateStatusBarTotals()
