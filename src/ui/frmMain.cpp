@@ -4,6 +4,7 @@
 #include "dmInternalData.h"
 #include "dmStyles.h"
 #include "frmAbout.h"
+#include "uCollectionPane.h"
 #include "frmDBProperties.h"
 #include "frmDebug.h"
 #include "frmMainEditors.h"
@@ -102,7 +103,7 @@ private:
 class TWidgetWindowSeam : public TMainWindowSeam
 {
 public:
-    TWidgetWindowSeam(TDM_InternalData& data, QTableView*& grid) : m_data(data), m_grid(grid) {}
+    TWidgetWindowSeam(TDM_InternalData& data, TCollectionPane*& views) : m_data(data), m_views(views) {}
 
     std::vector<std::unique_ptr<TMetalAsset>> ExecuteAddDialog(const TAddDialogRequest&) override
     {
@@ -112,47 +113,17 @@ public:
     {
         ShowItemEditor(m_data, m_grid ? m_grid->window() : nullptr);
     }
-    QList<QVariant> SelectedKeys() override
-    {
-        QList<QVariant> keys;
-        if (!m_grid || !m_grid->selectionModel()) {
-            return keys;
-        }
-        for (const QModelIndex& index : m_grid->selectionModel()->selectedRows()) {
-            keys << m_data.qDS_Items->keyAt(index.row());
-        }
-        return keys;
-    }
+    QList<QVariant> SelectedKeys() override { return m_views ? m_views->SelectedKeys() : QList<QVariant>(); }
     std::optional<QString> FocusedCellText() override
     {
-        if (!m_grid || !m_grid->currentIndex().isValid()) {
-            return std::nullopt;
-        }
-        return m_grid->currentIndex().data(Qt::DisplayRole).toString();
+        return m_views ? m_views->FocusedCellText() : std::nullopt;
     }
-    QString SelectedRecordsText() override
-    {
-        QStringList lines;
-        if (!m_grid || !m_grid->selectionModel()) {
-            return {};
-        }
-        const QAbstractItemModel* model = m_grid->model();
-        for (const QModelIndex& row : m_grid->selectionModel()->selectedRows()) {
-            QStringList cells;
-            for (int column = 0; column < model->columnCount(); ++column) {
-                if (!m_grid->isColumnHidden(column)) {
-                    cells << model->index(row.row(), column).data(Qt::DisplayRole).toString();
-                }
-            }
-            lines << cells.join(u'\t');
-        }
-        return lines.join(u'\n');
-    }
+    QString SelectedRecordsText() override { return m_views ? m_views->SelectedRecordsText() : QString(); }
     void SetClipboardText(const QString& text) override { QGuiApplication::clipboard()->setText(text); }
 
 private:
     TDM_InternalData& m_data;
-    QTableView*& m_grid;
+    TCollectionPane*& m_views;
 };
 
 QString Text(const QString& key, const QString& fallback)
@@ -172,7 +143,7 @@ TORVMainForm::TORVMainForm(TDM_InternalData& data, QWidget* parent)
       m_riseIcon(SpotGlyph(TSpotGlyph::Rise)), m_fallIcon(SpotGlyph(TSpotGlyph::Fall))
 {
     setObjectName(u"ORVMainForm"_s);
-    m_ownSeam = std::make_unique<TWidgetWindowSeam>(m_data, m_grid);
+    m_ownSeam = std::make_unique<TWidgetWindowSeam>(m_data, m_views);
     m_controller->SetWindowSeam(m_ownSeam.get());
     m_controller->SetEventTarget(this);
 
@@ -183,6 +154,7 @@ TORVMainForm::TORVMainForm(TDM_InternalData& data, QWidget* parent)
     CreateCentre();
     CreateStatusBar();
     ConnectActions();
+    ConnectViews();
 
     // Theme first, then the general tab, then settings and layout, then the texts.
     ApplyTheme(ThemeIndex, ThemeColorSchemeAccentIndex);
@@ -323,17 +295,12 @@ void TORVMainForm::ConnectActions()
     }
     on(u"actCopyToClipboard", [this] { m_controller->CopyToClipboard(); });
     on(u"actFlipACoin", [this] { m_controller->FlipACoin(); });
-    on(u"actSelectAll", [this] { m_grid->selectAll(); });
-    on(u"actClearSelection", [this] { m_grid->clearSelection(); });
-    on(u"actApplyBestFit", [this] {
-        if (IsTableView(m_controller->ActiveView())) {
-            m_grid->resizeColumnsToContents();
-        }
-    });
+    on(u"actSelectAll", [this] { m_views->SelectAll(); });
+    on(u"actClearSelection", [this] { m_views->ClearSelection(); });
+    on(u"actApplyBestFit", [this] { m_views->ApplyBestFit(); });
     on(u"actTableViewShowHorScroll", [this](bool checked) {
-        m_controller->SetColumnAutoWidth(checked);
-        m_grid->horizontalHeader()->setSectionResizeMode(checked ? QHeaderView::Stretch
-                                                                 : QHeaderView::Interactive);
+        m_views->SetShowHorScroll(checked);
+        m_controller->SetColumnAutoWidth(m_views->ColumnAutoWidth());
     });
     for (const TMainCommandDef& def : MainCommands()) {
         if (def.Checked == TCheckRule::ActiveView) {
@@ -629,33 +596,12 @@ void TORVMainForm::ShowBackstage()
 
 void TORVMainForm::CreateCentre()
 {
-    m_grid = new QTableView(this);
-    m_grid->setObjectName(u"GridTableView"_s);
-    m_model = new TDatasetTableModel(m_data.qDS_Items, m_grid);
-    m_grid->setModel(m_model);
-    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_grid->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    m_grid->setAlternatingRowColors(true);
-    m_grid->verticalHeader()->setVisible(false);
-    m_grid->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(m_grid, &QWidget::customContextMenuRequested, this,
-            [this](const QPoint& pos) { m_pmGrid->popup(m_grid->viewport()->mapToGlobal(pos)); });
-    connect(m_grid, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
-        QAction* edit = Action(u"actEdit"_s);
-        if (index.isValid() && edit->isEnabled()) {
-            edit->trigger();
-        }
-    });
-    connect(m_grid->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &TORVMainForm::UpdateSelection);
-    connect(m_model, &QAbstractItemModel::modelReset, this, &TORVMainForm::UpdateSelection);
-    setCentralWidget(m_grid);
+    CreateViews();
 }
 
 void TORVMainForm::UpdateSelection()
 {
-    const QItemSelectionModel* selection = m_grid->selectionModel();
-    m_controller->SetSelectedRecordCount(selection ? int(selection->selectedRows().size()) : 0);
+    m_controller->SetSelectedRecordCount(m_views->SelectedCount());
 }
 
 void TORVMainForm::CreateStatusBar()
@@ -795,6 +741,7 @@ void TORVMainForm::TranslateUI()
     }
     ApplySpotButtons();
     FillLanguageMenu();
+    TranslateViews();
     UpdateItemCount();
     ShowDocumentName(m_controller->DocumentName());
 
@@ -982,6 +929,7 @@ void TORVMainForm::closeEvent(QCloseEvent* event)
     // error reaches the application's error box.
     event->ignore();
     m_controller->CloseQuery();
+    m_views->SaveLayouts();
     event->accept();
     emit Closed();
 }

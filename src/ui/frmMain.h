@@ -20,6 +20,7 @@ class QTableView;
 class QToolBar;
 class QToolButton;
 class TBackstageView;
+class TCollectionPane;
 class TDM_InternalData;
 class TDatasetTableModel;
 class TGalleryView;
@@ -65,7 +66,10 @@ public:
     TGalleryView* BackstageGalleryAdd() const { return m_galleryAdd; }
     QLineEdit* edtBackstageSearch() const { return m_edtBackstageSearch; }
     QMenu* pmGrid() const { return m_pmGrid; }
-    QTableView* GridView() const { return m_grid; }
+    // The five collection views and the details pane.
+    TCollectionPane* Views() const { return m_views; }
+    // btnTotalOzGold, btnTotalOzSilver, btnTotalOzPlatinum by metal code 0 .. 2.
+    QToolButton* TotalButton(int metal) const;
     // btnSpotGold .. btnSpotCopper by metal code.
     QToolButton* SpotButton(int metal) const;
     QLabel* lItems() const { return m_lItems; }
@@ -93,6 +97,10 @@ public:
     bool OptionsExecute(TOptionsPage page);
     // Shows the custom columns the settings switch on.
     void ApplyCustomFields();
+    // The status-bar totals per metal from qBasicStats; nothing without a collection.
+    void UpdateStatusBarTotals();
+    // The quick filter's check items as the filter of qDS_Items.
+    void BuildQuickFilter();
 
 signals:
     // The first show is through: the splash may go.
@@ -125,6 +133,10 @@ private:
     void ShowDocumentName(const QString& name);
     void UpdateItemCount();
     void UpdateSelection();
+    // The views (frmMainViews.cpp).
+    void CreateViews();
+    void ConnectViews();
+    void TranslateViews();
     void DBPropertiesExecute();
     void AboutExecute();
     QAction* MakeAction(const QString& name);
@@ -165,8 +177,10 @@ private:
     QAction* m_btnBackstageOptions = nullptr;
     QAction* m_btnBackstageQuit = nullptr;
 
-    QTableView* m_grid = nullptr;
-    TDatasetTableModel* m_model = nullptr;
+    TCollectionPane* m_views = nullptr;
+    std::array<QToolButton*, 3> m_totalButtons{};
+    QToolBar* m_barTotalOz = nullptr;
+    bool m_totalsPending = false;
 
     QToolBar* m_barSpot = nullptr;
     QToolBar* m_barViews = nullptr;

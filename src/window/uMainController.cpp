@@ -464,6 +464,13 @@ void TMainController::CopyToClipboard()
     }
 }
 
+void TMainController::OpenStatistics(int metal)
+{
+    if (m_window && Connected()) {
+        m_window->ExecuteStatistics(metal);
+    }
+}
+
 void TMainController::FlipACoin()
 {
     std::swap(m_pictures.ThumbsFront, m_pictures.ThumbsBack);

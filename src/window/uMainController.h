@@ -82,6 +82,9 @@ public:
     // Card views: the selected records as the view copies them.
     virtual QString SelectedRecordsText() = 0;
     virtual void SetClipboardText(const QString& text) = 0;
+    // Shows the statistics preset to a metal (0 gold, 1 silver, 2 platinum); nothing until the
+    // statistics exist.
+    virtual void ExecuteStatistics(int metal) { Q_UNUSED(metal); }
 };
 
 // The field names bound to the picture rows of the three picture views.
@@ -257,6 +260,8 @@ public:
     void Refresh();
     // actCopyToClipboard.
     void CopyToClipboard();
+    // A total button of the status bar: the statistics preset to its metal.
+    void OpenStatistics(int metal);
     // actFlipACoin: turns every coin over in the picture views.
     void FlipACoin();
     const TPictureBindings& PictureBindings() const { return m_pictures; }
