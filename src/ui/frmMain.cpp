@@ -3,6 +3,7 @@
 #include "dmInternalData.h"
 #include "dmStyles.h"
 #include "frmAbout.h"
+#include "frmAdd.h"
 #include "frmDBProperties.h"
 #include "frmDebug.h"
 #include "uBackstagePage.h"
@@ -93,17 +94,18 @@ private:
     QWidget* m_owner;
 };
 
-// The window's side of the controller: the central view's selection and the clipboard. The add
-// dialog and the item editor are not part of the program yet: the dialog picks nothing, and a
-// record appended for the editor is given up again.
+// The window's side of the controller: the add dialog, the central view's selection and the
+// clipboard. The item editor is not part of the program yet: a record appended for it is given up
+// again.
 class TWidgetWindowSeam : public TMainWindowSeam
 {
 public:
     TWidgetWindowSeam(TDM_InternalData& data, QTableView*& grid) : m_data(data), m_grid(grid) {}
 
-    std::vector<std::unique_ptr<TMetalAsset>> ExecuteAddDialog(const TAddDialogRequest&) override
+    std::vector<std::unique_ptr<TMetalAsset>> ExecuteAddDialog(const TAddDialogRequest& request) override
     {
-        return {};
+        return TAddForm::Execute(request.Mode, request.Tag, request.SearchText, request.AutoSearch, &m_data,
+                                 QApplication::activeWindow());
     }
     void ExecuteItemEditor() override
     {
