@@ -500,8 +500,10 @@ void TAddForm::CreateGrid(QWidget* parent)
     m_template->setMultiSelect(true);
     m_template->setWheelZoom(true, 0.95, 1.05, 80);
     m_template->setEmptyRowsHidden(false);
+    m_template->setFillWidth(false);
     for (const TCardRow& row : CardRows) {
         TGridColumn* column = m_template->addColumn(QString::fromUtf16(row.Name), AddColumnField(row.Column));
+        column->setWidth(0); // every row across the card, none at its side
         switch (row.Column) {
         case acThumb:
             m_template->setEditorItem(column, m_pictureItem.get());
@@ -582,6 +584,7 @@ void TAddForm::CreateRightPane(QWidget* parent)
     });
     m_vgData = new TPropertyGrid(parent);
     m_vgData->setObjectName(u"vgData"_s);
+    m_vgData->setCaptionWidth(fontMetrics().horizontalAdvance(u"Denomination"_s) + 24);
     m_vgData->addCategory(u"vgDataCategoryRowDesc"_s, QString());
     const auto& rows = AddPaneRows();
     for (int n = 0; n < cPaneRowCount; ++n) {
