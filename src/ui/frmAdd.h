@@ -100,6 +100,8 @@ private:
     void ExecuteProxySettings() override;
     bool TestConnection() override;
 
+    // Made once by the constructor (frmAddBuild.cpp).
+    void CreateEditorItems();
     void CreateActions();
     void CreateRibbon();
     void CreateSearchRow(QWidget* parent);
