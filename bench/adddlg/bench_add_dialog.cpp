@@ -172,6 +172,7 @@ int main(int argc, char** argv)
         for (int row = 0; row < 50; ++row)
             picked << row;
         form.Controller().SetSelection(picked);
+        form.UpdateActions();
         QElapsedTimer pictures;
         pictures.start();
         form.Action(QStringLiteral("actSaveAndClose"))->trigger();
