@@ -109,7 +109,12 @@ void TGridPictureCache::runOne()
             ++m_stats.Dropped;
             const QString key = next.Key;
             QMetaObject::invokeMethod(
-                this, [this, key] { m_pending.remove(key); }, Qt::QueuedConnection);
+                this,
+                [this, key] {
+                    m_pending.remove(key);
+                    m_stale.remove(key);
+                },
+                Qt::QueuedConnection);
         }
         if (job.Key.isEmpty())
             return;
@@ -166,6 +171,11 @@ QImage TGridPictureCache::decode(const QByteArray& bytes, const QSize& size)
 void TGridPictureCache::finished(const QString& key, const QImage& image, bool missing)
 {
     m_pending.remove(key);
+    if (m_stale.remove(key)) {
+        // Its bytes changed while it was decoded: the view asks again with the new ones.
+        emit pictureReady(key);
+        return;
+    }
     if (missing) {
         m_missing.insert(key);
         emit pictureReady(key);
@@ -190,6 +200,7 @@ void TGridPictureCache::setWanted(const QSet<QString>& keys)
         }
         ++m_stats.Dropped;
         m_pending.remove(it->Key);
+        m_stale.remove(it->Key);
         it = m_queue.erase(it);
     }
 }
@@ -203,12 +214,16 @@ void TGridPictureCache::clear()
     m_pool.waitForDone();
     QCoreApplication::sendPostedEvents(this);
     m_pending.clear();
+    m_stale.clear();
     m_missing.clear();
     m_cache.clear();
 }
 
 void TGridPictureCache::removeMatching(const QString& prefix)
 {
+    for (const QString& key : std::as_const(m_pending))
+        if (key.startsWith(prefix))
+            m_stale.insert(key);
     for (auto it = m_missing.begin(); it != m_missing.end();)
         it = it->startsWith(prefix) ? m_missing.erase(it) : std::next(it);
     const QList<QString> keys = m_cache.keys();

@@ -95,6 +95,7 @@ private:
     QCache<QString, QImage> m_cache;
     qint64 m_maxBytes = 64 * 1024 * 1024;
     QSet<QString> m_pending; // main thread
+    QSet<QString> m_stale;   // pending decodes of bytes that have changed since: not kept
     QSet<QString> m_missing; // main thread
     TGridPictureLoader m_loader;
     bool m_hasLoader = false;

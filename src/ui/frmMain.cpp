@@ -4,6 +4,7 @@
 #include "dmInternalData.h"
 #include "dmStyles.h"
 #include "frmAbout.h"
+#include "frmAdd.h"
 #include "uCollectionPane.h"
 #include "frmDBProperties.h"
 #include "frmDebug.h"
@@ -98,16 +99,17 @@ private:
     QWidget* m_owner;
 };
 
-// The window's side of the controller: the central view's selection, the clipboard and the item
-// editor. The add dialog is not part of the program yet: it picks nothing.
+// The window's side of the controller: the add dialog, the item editor, the central view's
+// selection and the clipboard.
 class TWidgetWindowSeam : public TMainWindowSeam
 {
 public:
     TWidgetWindowSeam(TDM_InternalData& data, TCollectionPane*& views) : m_data(data), m_views(views) {}
 
-    std::vector<std::unique_ptr<TMetalAsset>> ExecuteAddDialog(const TAddDialogRequest&) override
+    std::vector<std::unique_ptr<TMetalAsset>> ExecuteAddDialog(const TAddDialogRequest& request) override
     {
-        return {};
+        return TAddForm::Execute(request.Mode, request.Tag, request.SearchText, request.AutoSearch, &m_data,
+                                 QApplication::activeWindow());
     }
     void ExecuteItemEditor() override
     {

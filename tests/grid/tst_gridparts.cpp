@@ -183,6 +183,17 @@ void TestGridParts::picturesDecodedAndBounded()
     QCOMPARE(cache.stats().Dropped, 1);
     cache.removeMatching(u"ke"_s);
     QVERIFY(cache.find(u"keep"_s).isNull());
+
+    // Bytes that change while their old picture is decoded: the old one is not kept, and the
+    // new bytes are asked for again.
+    cache.setWanted({u"cell"_s});
+    cache.request(u"cell"_s, png(10, 10), QSize(100, 100));
+    cache.removeMatching(u"cell"_s);
+    cache.waitForIdle();
+    QVERIFY(cache.find(u"cell"_s).isNull());
+    cache.request(u"cell"_s, png(30, 30), QSize(100, 100));
+    cache.waitForIdle();
+    QCOMPARE(cache.find(u"cell"_s).size(), QSize(30, 30));
 }
 
 // A loader reads picture bytes on the cache's workers; a row without a picture is remembered.
