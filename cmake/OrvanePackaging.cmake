@@ -1,6 +1,7 @@
 # The Debian package of the program: `cpack -G DEB` in the build folder (or `make package`).
 # Its shared-library dependencies are computed by dpkg-shlibdeps; what the program loads as
-# plugins at run time (the SQLite driver, the SVG icon engine) is named here.
+# plugins at run time (the SQLite driver, the SVG icon engine, the TIFF reader) and the data it
+# reads from other packages (country names, flags) is named here.
 # The catalogue server is not in it: it is a service for the catalogue's operator, not for the
 # people who run the program, and it needs Qt HttpServer, which the program does not.
 include(GNUInstallDirs)
@@ -19,6 +20,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite, libqt6svg6")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+    "libqt6sql6-sqlite, libqt6svg6, qt6-image-formats-plugins, iso-codes, famfamfam-flag-png")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-dejavu-core")
 include(CPack)

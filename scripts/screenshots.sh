@@ -39,8 +39,8 @@ json.dump(data, open(path, "w"), indent=4)
 PY
 
 steps="size:1280:800;wait:1500"
-steps+=";act:actAdd;wait:1500;set:edtSearch:gold;key:edtSearch:Return;wait:6000;shot:add-dialog"
-steps+=";selectall:SearchGridCardView;act:actAddSelected;wait:4000;close;wait:3000"
+steps+=";act:actAdd;wait:2000;set:edtSearch:gold;act:actSearch;wait:6000;shot:add-dialog"
+steps+=";act:actSelectAll;act:actSaveAndContinue;wait:5000;close;wait:4000"
 steps+=";act:actViewCards;wait:2500;shot:cards-view"
 steps+=";act:actViewTable;wait:2500;shot:table-view"
 steps+=";act:actEdit;wait:2500;shot:item-editor;close;wait:500;quit"

@@ -118,7 +118,8 @@ private:
             view->selectAll();
         } else if (what == u"shot") {
             QWidget* window = Active();
-            const QString file = QDir(qEnvironmentVariable("ORV_SHOT_DIR")).filePath(part.value(1) + u".png");
+            const QString file =
+                QDir(qEnvironmentVariable("ORV_SHOT_DIR")).filePath(part.value(1) + QStringLiteral(".png"));
             if (!window->grab().save(file))
                 return Fail(step);
         } else if (what == u"close") {

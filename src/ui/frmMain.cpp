@@ -5,15 +5,16 @@
 #include "dmStyles.h"
 #include "frmAbout.h"
 #include "frmAdd.h"
-#include "uCollectionPane.h"
 #include "frmDBProperties.h"
 #include "frmDebug.h"
 #include "frmMainEditors.h"
 #include "frmMainThumbs.h"
 #include "uBackstagePage.h"
 #include "uBackstageView.h"
+#include "uCollectionPane.h"
 #include "uDatasetTableModel.h"
 #include "uDebugLog.h"
+#include "uEditDataController.h"
 #include "uGalleryView.h"
 #include "uMainGlyphs.h"
 #include "uObjs.h"
@@ -113,7 +114,16 @@ public:
     }
     void ExecuteItemEditor() override
     {
-        ShowItemEditor(m_data, m_grid ? m_grid->window() : nullptr);
+        if (!m_views || !m_views->ActiveModel()) {
+            ShowItemEditor(m_data, m_views ? m_views->window() : nullptr);
+            return;
+        }
+        // The editor walks the records in the order the active view shows them, and the view
+        // follows the record the editor is on.
+        const TCollectionView view = m_views->ActiveView();
+        const TGridRowList rows(*m_views->ActiveModel());
+        ShowItemEditor(m_data, m_views->window(), &rows,
+                       [this, view](int record) { m_views->FocusRecord(view, record); });
     }
     QList<QVariant> SelectedKeys() override { return m_views ? m_views->SelectedKeys() : QList<QVariant>(); }
     std::optional<QString> FocusedCellText() override
@@ -147,6 +157,8 @@ TORVMainForm::TORVMainForm(TDM_InternalData& data, QWidget* parent)
     setObjectName(u"ORVMainForm"_s);
     m_ownSeam = std::make_unique<TWidgetWindowSeam>(m_data, m_views);
     m_controller->SetWindowSeam(m_ownSeam.get());
+    // The add dialog's connection settings are the options dialog's internet page.
+    TAddForm::ProxySettingsRunner = [this](QWidget*) { OptionsExecute(TOptionsPage::ConnectionSettings); };
     m_controller->SetEventTarget(this);
 
     CreateActions();
@@ -204,6 +216,7 @@ TORVMainForm::TORVMainForm(TDM_InternalData& data, QWidget* parent)
 TORVMainForm::~TORVMainForm()
 {
     SpotPrices().OnLoaded = nullptr;
+    TAddForm::ProxySettingsRunner = nullptr;
 }
 
 void TORVMainForm::SetFileDialogs(TFileDialogSeam* dialogs)
@@ -290,7 +303,8 @@ void TORVMainForm::ConnectActions()
     on(u"actRemoveSelected", [this] { m_controller->RemoveSelected(); });
     on(u"actRefresh", [this] { m_controller->Refresh(); });
     on(u"actRefreshSpot", [] { SpotPrices().Refresh(); });
-    on(u"actRegenerateThumbs", [this] { RegenerateThumbs(m_data, this); });
+    on(u"actRegenerateThumbs",
+       [this] { RegenerateThumbs(m_data, this, [this] { m_views->ReloadPictures(); }); });
     if (DataModuleImages()) { // the mint lookup's button runs the window's command
         connect(DataModuleImages()->actEditMints(), &QAction::triggered, Action(u"actEditMints"_s),
                 &QAction::trigger);

@@ -2,13 +2,9 @@
 
 #include "frmMain.h"
 #include "frmOptions.h"
-#include "uCustomFields.h"
-#include "uDatasetTableModel.h"
+#include "uCollectionPane.h"
 #include "uOptionsController.h"
 #include "uZTSettings.h"
-
-#include <QHeaderView>
-#include <QTableView>
 
 namespace {
 
@@ -24,9 +20,11 @@ public:
     void ApplyNonClientDrawing(bool) override {}
     void UpdateActiveViewData() override
     {
-        if (QTableView* grid = m_window.GridView()) {
-            grid->horizontalHeader()->viewport()->update();
-            grid->viewport()->update();
+        // Currency and formats may have changed: the active view paints its values again.
+        if (TCollectionPane* views = m_window.Views()) {
+            if (QWidget* view = views->View(views->ActiveView())) {
+                view->update();
+            }
         }
     }
     void ApplyTheme(int themeIndex, int accentIndex) override
@@ -49,17 +47,8 @@ bool TORVMainForm::OptionsExecute(TOptionsPage page)
 
 void TORVMainForm::ApplyCustomFields()
 {
-    // The table shows a custom column only while custom fields are on and its own switch is on.
-    if (!m_grid || !m_grid->model()) {
-        return;
-    }
-    QAbstractItemModel* model = m_grid->model();
-    for (int c = 0; c < model->columnCount(); ++c) {
-        const QString field =
-            model->headerData(c, Qt::Horizontal, TDatasetTableModel::FieldNameRole).toString();
-        const int n = CustomFieldIndex(field);
-        if (n >= 0) {
-            m_grid->setColumnHidden(c, !(CustomFieldsEnabled && ORVCustomFields[std::size_t(n)].Enabled));
-        }
+    // The views show a custom column only while custom fields are on and its own switch is on.
+    if (m_views) {
+        m_views->ApplyCustomFields();
     }
 }

@@ -70,6 +70,7 @@ void TORVMainForm::ConnectViews()
     };
     on(u"actQuickSearch", [this] { m_views->ToggleFindPanel(); });
     on(u"actAdvSearch", [this] { m_views->ShowFilterBuilder(); });
+    on(u"actSortData", [this] { m_views->SortData(); });
     on(u"actExpandAll", [this] { m_views->ExpandAll(); });
     on(u"actCollapseAll", [this] { m_views->CollapseAll(); });
     on(u"actCustomizeColumns", [this] { m_views->ShowColumnChooser(); });

@@ -1,6 +1,8 @@
 #include "uCollectionPane.h"
 
 #include "dmInternalData.h"
+#include "frmPic.h"
+#include "frmSorting.h"
 #include "uCustomFields.h"
 #include "uDatasetTableModel.h"
 #include "uEditorItem.h"
@@ -22,7 +24,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
-#include <QScrollArea>
 #include <QSplitter>
 #include <QTimer>
 #include <QToolButton>
@@ -217,6 +218,12 @@ TCollectionPane::~TCollectionPane() = default;
 QWidget* TCollectionPane::View(TCollectionView view) const
 {
     return view >= 0 && view < cCollectionViewCount ? m_views[std::size_t(view)] : nullptr;
+}
+
+const TGridModel* TCollectionPane::ActiveModel() const
+{
+    const auto* view = qobject_cast<TGridView*>(View(m_active));
+    return view ? view->model() : nullptr;
 }
 
 TGridTableView* TCollectionPane::TableView(TCollectionView view) const
@@ -822,22 +829,21 @@ void TCollectionPane::OpenPicture(const QString& field)
         return;
     }
     const QVariant value = FieldValue(m_data.qDS_Items->recNo() - 1, field);
-    QImage picture;
-    if (value.isNull() || !picture.loadFromData(value.toByteArray())) {
-        return;
+    if (!value.isNull()) {
+        TShowPictureForm::ShowPicture(value.toByteArray(), TPictureViewerSource::DetailsPane, window());
     }
-    QDialog dialog(window());
-    dialog.setObjectName(u"frmPic"_s);
-    dialog.setWindowTitle(m_data.qDS_Items->fieldByName(u"Caption"_s).asString());
-    auto* layout = new QVBoxLayout(&dialog);
-    auto* area = new QScrollArea(&dialog);
-    auto* label = new QLabel(area);
-    label->setPixmap(QPixmap::fromImage(picture));
-    area->setWidget(label);
-    area->setAlignment(Qt::AlignCenter);
-    layout->addWidget(area);
-    dialog.resize(std::min(picture.width() + 40, 1200), std::min(picture.height() + 40, 900));
-    dialog.exec();
+}
+
+void TCollectionPane::SortData()
+{
+    if (TGridTableView* table = TableView(m_active)) {
+        TSortForm::Execute({table}, window());
+    }
+}
+
+void TCollectionPane::ReloadPictures()
+{
+    m_grid->pictureCache()->clear();
 }
 
 void TCollectionPane::GroupingChanged()

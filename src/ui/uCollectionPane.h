@@ -18,6 +18,7 @@ class QToolButton;
 class TDM_InternalData;
 class TDatasetTableModel;
 class TGrid;
+class TGridModel;
 class TGridCardView;
 class TGridTableView;
 class TPropertyGrid;
@@ -42,6 +43,8 @@ public:
     TGridTableView* TableView(TCollectionView view) const;
     TGridCardView* CardView(TCollectionView view) const;
     TCollectionView ActiveView() const { return m_active; }
+    // The rows the active view shows (group rows included), for walks that follow the view.
+    const TGridModel* ActiveModel() const;
     TPropertyGrid* vgDetails() const { return m_details; }
     QLabel* imgFront() const { return m_imgFront; }
     QLabel* imgBack() const { return m_imgBack; }
@@ -101,6 +104,11 @@ public:
     void ApplyConfiguration(TTableViewConfiguration configuration);
     // The captions, chooser offers and editors of the custom fields, and their details rows.
     void ApplyCustomFields();
+    // actSortData: the sort dialog over the active view, when it is a table view.
+    void SortData();
+    // Drops the decoded pictures, so that the views read the thumbnails again (after they changed
+    // in the file).
+    void ReloadPictures();
     // Layouts under <root>\Layout\<view name>.
     void RestoreLayouts();
     void SaveLayouts() const;
