@@ -6,7 +6,7 @@
 # after a change of look:   bash scripts/screenshots.sh [outDir]
 set -euo pipefail
 cd "$(dirname "$0")/.."
-make build >/dev/null
+make build BUILD=${BUILD:-build} >/dev/null
 build=build
 out=$(realpath -m "${1:-docs/screenshots}")
 mkdir -p "$out"
@@ -41,9 +41,9 @@ PY
 steps="size:1280:800;wait:1500"
 steps+=";act:actAdd;wait:2000;set:edtSearch:gold;act:actSearch;wait:6000;shot:add-dialog"
 steps+=";act:actSelectAll;act:actSaveAndContinue;wait:5000;close;wait:4000"
-steps+=";act:actViewCards;wait:2500;shot:cards-view"
+steps+=";act:actRefresh;wait:2000;act:actViewCards;wait:2500;shot:cards-view"
 steps+=";act:actViewTable;wait:2500;shot:table-view"
-steps+=";act:actEdit;wait:2500;shot:item-editor;close;wait:500;quit"
+steps+=";act:actSelectAll;act:actEdit;wait:2500;shot:item-editor;close;wait:500;quit"
 
 ORV_SHOT_DIR="$out" ORV_SHOT_STEPS="$steps" LD_PRELOAD="$build/bench/screenshots/liborv_screenshot_probe.so" \
     xvfb-run -a -s "-screen 0 1400x900x24" "$build/bin/orvane"

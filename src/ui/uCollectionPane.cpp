@@ -748,7 +748,9 @@ void TCollectionPane::SyncCurrentRecord()
 
 void TCollectionPane::DatabaseChanged()
 {
+    // Items were added, edited or the file changed: thumbnails read before are stale.
     m_grid->pictureCache()->setLoader(FileLoader(m_data.DatabasePath));
+    m_grid->pictureCache()->clear();
 }
 
 void TCollectionPane::CurrentRecordChanged(int row)
@@ -808,7 +810,9 @@ void TCollectionPane::UpdateThumbWidths()
     const int width = DetailsThumbWidth(m_thumbs->width());
     const int height = m_thumbs->height();
     for (QLabel* label : {m_imgFront, m_imgBack}) {
-        label->setFixedWidth(width);
+        // A bound, not a fixed width: two halves plus one would widen the pane that they are
+        // measured from, on every resize.
+        label->setMaximumWidth(width);
         const QImage picture = label->property("picture").value<QImage>();
         if (picture.isNull() || height <= 0) {
             label->clear();
