@@ -28,8 +28,8 @@ public:
 
     TRecordingView(const QString& columns, const QString& sort)
     {
-        for (const QString& spec : columns.split(',', Qt::SkipEmptyParts)) {
-            const QStringList parts = spec.trimmed().split(':');
+        for (const QString& entry : columns.split(',', Qt::SkipEmptyParts)) {
+            const QStringList parts = entry.trimmed().split(':');
             TCol col;
             col.Def.Caption = parts.value(0);
             col.Def.Visible = parts.value(1) != "hidden";
@@ -37,8 +37,8 @@ public:
             Cols.append(col);
         }
         int index = 0;
-        for (const QString& spec : sort.split(',', Qt::SkipEmptyParts)) {
-            const QStringList parts = spec.trimmed().split(':');
+        for (const QString& entry : sort.split(',', Qt::SkipEmptyParts)) {
+            const QStringList parts = entry.trimmed().split(':');
             for (TCol& col : Cols) {
                 if (col.Def.Caption == parts.value(0)) {
                     col.SortIndex = index++;
@@ -91,8 +91,8 @@ public:
 QList<TSortLevel> Levels(const QString& text)
 {
     QList<TSortLevel> levels;
-    for (const QString& spec : text.split(',', Qt::SkipEmptyParts)) {
-        const QStringList parts = spec.trimmed().split(':');
+    for (const QString& entry : text.split(',', Qt::SkipEmptyParts)) {
+        const QStringList parts = entry.trimmed().split(':');
         const QString order = parts.value(1);
         levels.append({parts.value(0), order == "a" ? "Ascending" : order == "d" ? "Descending" : order});
     }
