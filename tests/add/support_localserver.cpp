@@ -1,5 +1,7 @@
 #include "support_localserver.h"
 
+#include <memory>
+
 #include <QBuffer>
 #include <QImage>
 #include <QRegularExpression>
@@ -62,8 +64,8 @@ void TLocalServer::Incoming()
         socket->setParent(this);
         m_open << socket;
         // One request per connection: read up to the blank line, then act by mode.
-        auto* request = new QByteArray;
-        connect(socket, &QObject::destroyed, this, [request] { delete request; });
+        // Owned by the connection below, so it goes with the socket or the server, whichever first.
+        auto request = std::make_shared<QByteArray>();
         connect(socket, &QTcpSocket::readyRead, this, [this, socket, request] {
             request->append(socket->readAll());
             if (!request->contains("\r\n\r\n") || socket->property("seen").toBool())
